@@ -1,0 +1,166 @@
+#pragma once
+
+#include <quendrix/Array2D.h>
+#include <quendrix/Panel.h>
+#include <quendrix/Platform.h>
+#include <quendrix/PropertyBag.h>
+#include <quendrix/quendrix_export.h>
+
+#include <QString>
+#include <QVariant>
+#include <QWidget>
+#include <memory>
+
+class QSerialPort;
+class QTcpSocket;
+class QTimer;
+
+namespace quendrix {
+class Waiter;
+}
+
+// The Quendrix panel: drives the motor axes, lenses, lights and focus stacks of a
+// macro/micro photography rig. A host places it on a window, restores its design-time
+// properties (InitProperties on first placement, ReadProperties on every later load),
+// opens the link to the rig and answers its events by taking pictures.
+//
+// Conversions that fail (a non-numeric text where a number is needed, an overflow, a
+// division by zero) throw quendrix::RuntimeError to the calling host. Numbers are shown and
+// read in the control's locale (QWidget::locale(), the system's unless the host sets one).
+class QUENDRIX_EXPORT ctlQuendrix : public QWidget {
+    Q_OBJECT
+    Q_PROPERTY(bool IDE READ IDE)
+    Q_PROPERTY(QString MotorName READ MotorName WRITE setMotorName)
+    Q_PROPERTY(qint32 MotorArt0 READ MotorArt0 WRITE setMotorArt0)
+    Q_PROPERTY(qint32 MotorArt1 READ MotorArt1 WRITE setMotorArt1)
+    Q_PROPERTY(qint16 Controltyp READ Controltyp WRITE setControltyp)
+    Q_PROPERTY(QString Kennung READ Kennung WRITE setKennung)
+    Q_PROPERTY(QString inifile READ inifile WRITE setinifile)
+    Q_PROPERTY(qint16 Mikroschritt0 READ Mikroschritt0 WRITE setMikroschritt0)
+    Q_PROPERTY(qint16 Mikroschritt1 READ Mikroschritt1 WRITE setMikroschritt1)
+    Q_PROPERTY(QString Caption READ Caption WRITE setCaption)
+    Q_PROPERTY(QString Sehfeld READ Sehfeld WRITE setSehfeld)
+    Q_PROPERTY(QString Kameratyp READ Kameratyp WRITE setKameratyp)
+    Q_PROPERTY(float Brennweite READ Brennweite WRITE setBrennweite)
+    Q_PROPERTY(float Sensorbreite READ Sensorbreite WRITE setSensorbreite)
+    Q_PROPERTY(double AzOffset READ AzOffset WRITE setAzOffset)
+
+signals:
+    // The events, in the order hosts bind to them.
+    // One plane of a stack is ready for its picture; Nr is the plane number.
+    void Schicht(QString Nr);
+    // The operator asks for a copy picture.
+    void Kopie();
+    // An averaging series of Anzahl pictures is due.
+    void Mittelwert(QString Anzahl);
+    // A finished stack of Anzahl layers is to be combined.
+    void Kombinieren(QString Anzahl);
+    // The field of view changed; Bildbreite is its width in mm, formatted "###0.000".
+    void SehfeldNeu(QString Bildbreite);
+    // Start-up has finished; bereit tells whether the rig is ready.
+    void Bereitschaft(bool bereit);
+    // A design-time property was set; the host marks its stored properties dirty.
+    void PropertyChanged(QString PropertyName);
+
+public:
+    explicit ctlQuendrix(QWidget* parent = nullptr);
+    ~ctlQuendrix() override;
+
+    // Public variables.
+    qint16 Quittierung = 0;  // 0 = keine Kommunikation, 1 = Kommunikation möglich
+    bool wifi = false;       // true: the link runs over Telnet1 instead of MSComm1
+    QVariant Aktiv;
+    QVariant Basis;
+    QString App_Path;  // the host's folder, set by ReadProperties
+    QString Objektiv;  // index of the selected lens, as text
+    double Gesamtauszug = 0;
+    QVariant Intervall;
+    quendrix::DoubleTable Matrix;  // the loaded calibration table (column, row)
+
+    // Design-time properties.
+    bool IDE() const;
+    QString MotorName() const { return motorName_; }
+    void setMotorName(const QString& value);
+    qint32 MotorArt0() const { return motorArt_[0]; }
+    void setMotorArt0(qint32 value);
+    qint32 MotorArt1() const { return motorArt_[1]; }
+    void setMotorArt1(qint32 value);
+    qint16 Controltyp() const { return controltyp_; }
+    void setControltyp(qint16 value);
+    QString Kennung() const { return kennung_; }
+    void setKennung(const QString& value);
+    QString inifile() const { return inifile_; }
+    void setinifile(const QString& value);
+    qint16 Mikroschritt0() const;
+    void setMikroschritt0(qint16 value);
+    qint16 Mikroschritt1() const;
+    void setMikroschritt1(qint16 value);
+    QString Caption() const;
+    void setCaption(const QString& value);
+    QString Sehfeld() const;
+    void setSehfeld(const QString& value);
+    QString Kameratyp() const;
+    void setKameratyp(const QString& value);
+    float Brennweite() const;
+    void setBrennweite(float value);
+    float Sensorbreite() const;
+    void setSensorbreite(float value);
+    double AzOffset() const;
+    void setAzOffset(double value);
+
+    // Container hooks. Initialize runs in the constructor and Terminate in the destructor.
+    void InitProperties();
+    void ReadProperties(quendrix::PropertyBag& PropBag);
+    void WriteProperties(quendrix::PropertyBag& PropBag) const;
+
+    // The transports, the run timer and the panel form.
+    QSerialPort* MSComm1() const;
+    QTcpSocket* Telnet1() const;
+    QTimer* Timer3() const;
+    quendrix::Panel* panel() const { return panel_.get(); }
+
+    // The surroundings the control asks for dialogs, time and keys; qtPlatform() unless set.
+    quendrix::Platform& platform() const { return *platform_; }
+    void setPlatform(quendrix::Platform* platform);
+
+    // Settings store and utilities.
+    // Reads a value of the INI file named by inifile; szDefault when inifile is empty or the
+    // section or key is missing.
+    Q_INVOKABLE QString ini(const QString& szGruppe, const QString& szitem,
+                            const QString& szDefault);
+    // Writes a value to the INI file named by inifile; nothing when inifile is empty.
+    Q_INVOKABLE void setini(const QString& KpAppName, const QString& KeyName,
+                            const QString& keydefault);
+    // True while the key with this virtual-key code (27 = Escape) is held down.
+    Q_INVOKABLE bool WasKeyPressed(qint32 plVirtualKey);
+    // (out_max - out_min) * (x - in_min) / ((in_max - in_min) + out_min), in 32-bit
+    // arithmetic; note that out_min is added to the divisor.
+    Q_INVOKABLE float map(qint32 x, qint32 in_min, qint32 in_max, qint32 out_min,
+                          qint32 out_max);
+    // Sorts the records (second index) of AvSort ascending by the field Spalte; without
+    // lngStart and lngEnd the whole table.
+    Q_INVOKABLE void QuickSortReihe(quendrix::VariantTable& AvSort, qint16 Spalte);
+    Q_INVOKABLE void QuickSortReihe(quendrix::VariantTable& AvSort, qint16 Spalte,
+                                    qint32 lngStart, qint32 lngEnd);
+    void QuickSortReihe(quendrix::DoubleTable& AvSort, qint16 Spalte);
+    void QuickSortReihe(quendrix::DoubleTable& AvSort, qint16 Spalte, qint32 lngStart,
+                        qint32 lngEnd);
+
+private:
+    void Initialize();
+    void Terminate();
+    // Adapts the panel to the rig chosen by Controltyp.
+    void layoutForRigType();
+
+    std::unique_ptr<quendrix::Panel> panel_;
+    // Every wait of the control (acknowledgements, releases, moves) goes through this.
+    std::unique_ptr<quendrix::Waiter> waiter_;
+    quendrix::Platform* platform_;
+    bool initialised_ = false;
+
+    QString motorName_;
+    qint32 motorArt_[2] = {0, 0};
+    qint16 controltyp_ = 0;
+    QString kennung_;
+    QString inifile_;
+};

@@ -1,0 +1,42 @@
+#include "support/testplatform.h"
+
+#include <QCoreApplication>
+#include <QThread>
+#include <QTimer>
+#include <cmath>
+
+TestPlatform::TestPlatform(Clock clock) : clock_(clock) { real_.start(); }
+
+int TestPlatform::messageBox(const QString& prompt, int style, const QString& title) {
+    messages.append({prompt, style, title});
+    if (!messageAnswers.isEmpty()) return messageAnswers.takeFirst();
+    using namespace quendrix::MsgBox;
+    static const QList<QList<int>> sets = {{OK},         {OK, Cancel}, {Abort, Retry, Ignore},
+                                           {Yes, No, Cancel}, {Yes, No},   {Retry, Cancel}};
+    const QList<int>& answers = sets.value(style & 7, sets.first());
+    return answers.value((style & 768) / 256, answers.first());
+}
+
+QString TestPlatform::inputBox(const QString& prompt, const QString& title,
+                               const QString& defaultText) {
+    inputs.append({prompt, title, defaultText});
+    return inputAnswers.isEmpty() ? QString() : inputAnswers.takeFirst();
+}
+
+double TestPlatform::now() {
+    return clock_ == Clock::Real ? real_.nsecsElapsed() / 1e9 : scriptedNow_;
+}
+
+void TestPlatform::idle(double seconds) {
+    ++idleCount;
+    if (clock_ == Clock::Real && seconds > 0) {
+        QTimer wake;
+        wake.setSingleShot(true);
+        wake.start(std::max(1, int(std::lround(seconds * 1000))));
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+    } else {
+        QCoreApplication::processEvents(QEventLoop::AllEvents);
+        scriptedNow_ += std::max(0.0, seconds);
+    }
+    if (onIdle) onIdle(*this);
+}

@@ -20,6 +20,7 @@ public:
         TypeMismatch = 13,
         FileNotFound = 53,
         InputPastEndOfFile = 62,
+        InvalidPropertyValue = 380,
     };
 
     explicit RuntimeError(int number, const QString& detail = {});

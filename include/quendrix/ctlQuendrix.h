@@ -146,17 +146,25 @@ public:
     void QuickSortReihe(quendrix::DoubleTable& AvSort, qint16 Spalte, qint32 lngStart,
                         qint32 lngEnd);
 
+    // Stacking: clears the layer counter ("Schicht: 0") and disables Combine.
+    Q_INVOKABLE void Zuruecksetzen();
+
 private:
     void Initialize();
     void Terminate();
-    // Adapts the panel to the rig chosen by Controltyp.
+    // Adapts the panel to the rig chosen by Controltyp, then shows axis 0 on tab 0.
     void layoutForRigType();
+    // The motion frame shown is the one of the selected axis.
+    void showSelectedAxis();
+    // Completes the panel for the tab now shown; previousTab is the one shown before.
+    void tabChanged(int previousTab);
 
     std::unique_ptr<quendrix::Panel> panel_;
     // Every wait of the control (acknowledgements, releases, moves) goes through this.
     std::unique_ptr<quendrix::Waiter> waiter_;
     quendrix::Platform* platform_;
     bool initialised_ = false;
+    int shownTab_ = 0;
 
     QString motorName_;
     qint32 motorArt_[2] = {0, 0};

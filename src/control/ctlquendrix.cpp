@@ -1,1 +1,344 @@
-// placeholder
+// The control shell: design-time properties, container hooks and the settings utilities.
+#include <quendrix/ctlQuendrix.h>
+
+#include "control/hostfolder.h"
+#include "control/riglayout.h"
+#include "settings/mapping.h"
+#include "settings/numbers.h"
+#include "settings/profile.h"
+#include "settings/quicksort.h"
+#include "settings/textformat.h"
+#include "settings/wait.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSerialPort>
+#include <QSlider>
+#include <QTabWidget>
+#include <QTcpSocket>
+#include <QTimer>
+#include <QVBoxLayout>
+
+using namespace quendrix;
+
+namespace {
+
+// A stored entry as the text a box or caption shows: texts as they are, numbers as the
+// control writes numbers.
+QString entryText(const QVariant& entry, const QLocale& locale) {
+    switch (entry.metaType().id()) {
+        case QMetaType::Double: return doubleToText(entry.toDouble(), locale);
+        case QMetaType::Float: return singleToText(entry.toFloat(), locale);
+        default: return entry.toString();
+    }
+}
+
+// A stored entry as a whole number; an entry that holds no number counts as `fallback`, so a
+// damaged bag never stops a host from loading its form.
+qint32 entryNumber(const QVariant& entry, qint32 fallback) {
+    bool ok = false;
+    const double number = entry.toDouble(&ok);
+    if (!ok) return fallback;
+    try {
+        return toLong(number);
+    } catch (const RuntimeError&) {
+        return fallback;
+    }
+}
+
+}  // namespace
+
+ctlQuendrix::ctlQuendrix(QWidget* parent)
+    : QWidget(parent),
+      panel_(std::make_unique<Panel>(this)),
+      waiter_(std::make_unique<Waiter>(qtPlatform())),
+      platform_(&qtPlatform()) {
+    setObjectName(QStringLiteral("ctlQuendrix1"));
+    if (!layout()) {
+        // The control is exactly as large as its tab control.
+        auto* box = new QVBoxLayout(this);
+        box->setContentsMargins(0, 0, 0, 0);
+        box->setSizeConstraint(QLayout::SetFixedSize);
+        box->addWidget(panel_->SSTab1);
+    }
+    connect(panel_->obMotor[0], &QRadioButton::toggled, this, [this] { showSelectedAxis(); });
+    connect(panel_->obMotor[1], &QRadioButton::toggled, this, [this] { showSelectedAxis(); });
+    connect(panel_->SSTab1, &QTabWidget::currentChanged, this, [this](int tab) {
+        const int previous = shownTab_;
+        shownTab_ = tab;
+        tabChanged(previous);
+    });
+    Initialize();
+}
+
+ctlQuendrix::~ctlQuendrix() { Terminate(); }
+
+// ---- Container hooks -----------------------------------------------------------------------
+
+void ctlQuendrix::Initialize() {
+    if (initialised_) return;
+    // The panel is laid out in one column from the start; what remains of the one-time set-up
+    // is the starting state: micro-stepping is offered only once the board says it has it,
+    // and the bellows frame starts disabled with every control inside it.
+    Panel& p = *panel_;
+    p.cbMikroschritt[0]->setEnabled(false);
+    p.cbMikroschritt[1]->setEnabled(false);
+    p.Frame4->setEnabled(false);
+    for (QWidget* child : p.Frame4->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
+        child->setEnabled(p.Frame4->isEnabled());
+    p.FrameT[0]->setVisible(true);
+    initialised_ = true;
+}
+
+void ctlQuendrix::InitProperties() { setCaption(objectName()); }
+
+void ctlQuendrix::ReadProperties(PropertyBag& PropBag) {
+    Panel& p = *panel_;
+    const QLocale locale = this->locale();
+
+    App_Path = IDE() ? designerHostFolder(
+                           [](const QString& folder) {
+                               return !QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot)
+                                           .isEmpty();
+                           },
+                           platform().componentFolder())
+                     : platform().componentFolder();
+
+    setCaption(entryText(PropBag.ReadProperty(QStringLiteral("Caption"), objectName()), locale));
+    setValue(p.cbMikroschritt[0],
+             entryNumber(PropBag.ReadProperty(QStringLiteral("Mikroschritt0"), 0), 0));
+    setValue(p.cbMikroschritt[1],
+             entryNumber(PropBag.ReadProperty(QStringLiteral("Mikroschritt1"), 0), 0));
+    motorArt_[0] = entryNumber(PropBag.ReadProperty(QStringLiteral("MotorArt0"), 0), 0);
+    motorArt_[1] = entryNumber(PropBag.ReadProperty(QStringLiteral("MotorArt1"), 0), 0);
+    kennung_ = entryText(PropBag.ReadProperty(QStringLiteral("Kennung"), QStringLiteral("qQ")), locale);
+
+    inifile_ = deriveIniFile(App_Path,
+                             entryText(PropBag.ReadProperty(QStringLiteral("inifile"), QString()), locale),
+                             [](const QString& file) {
+                                 return profile::readString(file, QStringLiteral("Arduino"),
+                                                            QStringLiteral("Anlage"), QStringLiteral("L"));
+                             });
+
+    motorName_ = entryText(PropBag.ReadProperty(QStringLiteral("MotorName"), QStringLiteral("Platz0")), locale);
+    p.txOffset->setText(entryText(PropBag.ReadProperty(QStringLiteral("AzOffset"), 0), locale));
+    p.Sensor_breite->setText(entryText(PropBag.ReadProperty(QStringLiteral("Sensorbreite"), 0), locale));
+    p.txBrennweite->setText(entryText(PropBag.ReadProperty(QStringLiteral("Brennweite"), 0), locale));
+
+    p.lblCaption->setText(Caption());
+    p.Frame9->setTitle(entryText(PropBag.ReadProperty(QStringLiteral("Kameratyp"), 0), locale));
+    p.lblSehfeld->setText(entryText(PropBag.ReadProperty(QStringLiteral("Sehfeld"), 0), locale));
+    p.lblSehfeld->setToolTip(p.lblSehfeld->text());
+
+    controltyp_ = qint16(
+        std::clamp(entryNumber(PropBag.ReadProperty(QStringLiteral("Controltyp"), 0), 0), -32768, 32767));
+    p.obMotor[0]->setChecked(true);
+    try {
+        p.Slider1->setValue(toLong(textToDouble(p.lblSehfeld->text(), locale) * 1000));
+    } catch (const RuntimeError&) {
+        // A field of view that is no number leaves the slider where it is.
+    }
+    layoutForRigType();
+}
+
+void ctlQuendrix::WriteProperties(PropertyBag& PropBag) const {
+    const Panel& p = *panel_;
+    PropBag.WriteProperty(QStringLiteral("Caption"), Caption(), objectName());
+    PropBag.WriteProperty(QStringLiteral("Mikroschritt0"), value(p.cbMikroschritt[0]), 0);
+    PropBag.WriteProperty(QStringLiteral("Mikroschritt1"), value(p.cbMikroschritt[1]), 0);
+    PropBag.WriteProperty(QStringLiteral("MotorArt0"), motorArt_[0], QStringLiteral("0"));
+    PropBag.WriteProperty(QStringLiteral("MotorArt1"), motorArt_[1], QStringLiteral("0"));
+    PropBag.WriteProperty(QStringLiteral("Kennung"), kennung_, QStringLiteral("qQ"));
+    PropBag.WriteProperty(QStringLiteral("inifile"), inifile_, QString());
+    PropBag.WriteProperty(QStringLiteral("MotorName"), motorName_, QString());
+    PropBag.WriteProperty(QStringLiteral("AzOffset"), p.txOffset->text(), QStringLiteral("0"));
+    PropBag.WriteProperty(QStringLiteral("Sensorbreite"), p.Sensor_breite->text(), QStringLiteral("0"));
+    PropBag.WriteProperty(QStringLiteral("Brennweite"), p.txBrennweite->text(), QStringLiteral("40.5"));
+    PropBag.WriteProperty(QStringLiteral("Kameratyp"), p.Frame9->title(), QStringLiteral(" "));
+    PropBag.WriteProperty(QStringLiteral("Sehfeld"), p.lblSehfeld->text(), QStringLiteral("0"));
+    PropBag.WriteProperty(QStringLiteral("Controltyp"), controltyp_, 0);
+}
+
+void ctlQuendrix::Terminate() {
+    // Any wait still running ends at once, and none starts any more.
+    waiter_->cancelAll();
+    if (panel_->Telnet1->state() != QAbstractSocket::UnconnectedState) panel_->Telnet1->close();
+}
+
+// ---- Rig layout ----------------------------------------------------------------------------
+
+void ctlQuendrix::layoutForRigType() {
+    applyRigLayout(*panel_, controltyp_);
+    panel_->obMotor[0]->setChecked(true);
+    Zuruecksetzen();
+    const int previous = panel_->SSTab1->currentIndex();
+    panel_->SSTab1->setCurrentIndex(0);
+    if (previous == 0) tabChanged(0);
+}
+
+void ctlQuendrix::showSelectedAxis() {
+    for (int axis = 0; axis < 2; ++axis)
+        panel_->FrameT[axis]->setVisible(panel_->obMotor[axis]->isChecked());
+}
+
+void ctlQuendrix::tabChanged(int previousTab) {
+    Q_UNUSED(previousTab);
+    Panel& p = *panel_;
+    const int tab = p.SSTab1->currentIndex();
+    if (tab == 0) {
+        p.obMotor[0]->setChecked(true);
+        p.FrameT[0]->setVisible(p.obMotor[0]->isChecked());
+    }
+    p.cbOptik->setToolTip(tab >= 2 ? QStringLiteral("Objektiv auswählen oder neues Objektiv eingeben")
+                                   : QStringLiteral("Objektiv auswählen"));
+}
+
+void ctlQuendrix::Zuruecksetzen() {
+    panel_->Combine->setEnabled(false);
+    panel_->Schicht->setText(QStringLiteral("Schicht: 0"));
+}
+
+// ---- Design-time properties ----------------------------------------------------------------
+
+bool ctlQuendrix::IDE() const { return platform_->inDesigner(); }
+
+void ctlQuendrix::setMotorName(const QString& value) {
+    motorName_ = value;
+    emit PropertyChanged(QStringLiteral("MotorName"));
+}
+
+void ctlQuendrix::setMotorArt0(qint32 value) {
+    motorArt_[0] = value;
+    emit PropertyChanged(QStringLiteral("MotorArt0"));
+}
+
+void ctlQuendrix::setMotorArt1(qint32 value) {
+    motorArt_[1] = value;
+    emit PropertyChanged(QStringLiteral("MotorArt1"));
+}
+
+void ctlQuendrix::setControltyp(qint16 value) {
+    controltyp_ = value;
+    emit PropertyChanged(QStringLiteral("Controltyp"));
+    layoutForRigType();
+}
+
+void ctlQuendrix::setKennung(const QString& value) {
+    kennung_ = value;
+    emit PropertyChanged(QStringLiteral("Kennung"));
+}
+
+void ctlQuendrix::setinifile(const QString& value) {
+    inifile_ = value;
+    emit PropertyChanged(QStringLiteral("inifile"));
+}
+
+qint16 ctlQuendrix::Mikroschritt0() const { return qint16(value(panel_->cbMikroschritt[0])); }
+
+void ctlQuendrix::setMikroschritt0(qint16 value) {
+    if (value < 0 || value > 2) throw RuntimeError(RuntimeError::InvalidPropertyValue);
+    setValue(panel_->cbMikroschritt[0], value);
+    emit PropertyChanged(QStringLiteral("Mikroschritt0"));
+}
+
+qint16 ctlQuendrix::Mikroschritt1() const { return qint16(value(panel_->cbMikroschritt[1])); }
+
+void ctlQuendrix::setMikroschritt1(qint16 value) {
+    if (value < 0 || value > 2) throw RuntimeError(RuntimeError::InvalidPropertyValue);
+    setValue(panel_->cbMikroschritt[1], value);
+    emit PropertyChanged(QStringLiteral("Mikroschritt1"));
+}
+
+QString ctlQuendrix::Caption() const { return panel_->lblCaption->text(); }
+
+void ctlQuendrix::setCaption(const QString& value) {
+    panel_->lblCaption->setText(value);
+    emit PropertyChanged(QStringLiteral("Caption"));
+}
+
+QString ctlQuendrix::Sehfeld() const { return panel_->lblSehfeld->toolTip(); }
+
+void ctlQuendrix::setSehfeld(const QString& value) {
+    // The label is not written here: it follows the optics, and the slider follows the value.
+    if (controltyp_ == 0) panel_->Slider1->setValue(toLong(textToDouble(value, locale()) * 1000));
+    emit PropertyChanged(QStringLiteral("Sehfeld"));
+}
+
+QString ctlQuendrix::Kameratyp() const { return panel_->Frame9->title(); }
+
+void ctlQuendrix::setKameratyp(const QString& value) {
+    panel_->Frame9->setTitle(value);
+    emit PropertyChanged(QStringLiteral("Kameratyp"));
+}
+
+float ctlQuendrix::Brennweite() const { return textToSingle(panel_->txBrennweite->text(), locale()); }
+
+void ctlQuendrix::setBrennweite(float value) {
+    panel_->txBrennweite->setText(singleToText(value, locale()));
+    emit PropertyChanged(QStringLiteral("Brennweite"));
+}
+
+float ctlQuendrix::Sensorbreite() const { return textToSingle(panel_->Sensor_breite->text(), locale()); }
+
+void ctlQuendrix::setSensorbreite(float value) {
+    // While the operator is typing a decimal comma, the half-typed number stays as it is.
+    if (!panel_->Sensor_breite->text().endsWith(QLatin1Char(',')))
+        panel_->Sensor_breite->setText(singleToText(value, locale()));
+    emit PropertyChanged(QStringLiteral("Sensorbreite"));
+}
+
+double ctlQuendrix::AzOffset() const { return textToDouble(panel_->txOffset->text(), locale()); }
+
+void ctlQuendrix::setAzOffset(double value) {
+    panel_->txOffset->setText(doubleToText(value, locale()));
+    emit PropertyChanged(QStringLiteral("AzOffset"));
+}
+
+// ---- Accessors -----------------------------------------------------------------------------
+
+QSerialPort* ctlQuendrix::MSComm1() const { return panel_->MSComm1; }
+QTcpSocket* ctlQuendrix::Telnet1() const { return panel_->Telnet1; }
+QTimer* ctlQuendrix::Timer3() const { return panel_->Timer3; }
+
+void ctlQuendrix::setPlatform(Platform* platform) {
+    platform_ = platform ? platform : &qtPlatform();
+    waiter_->setPlatform(*platform_);
+}
+
+// ---- Settings store and utilities ----------------------------------------------------------
+
+QString ctlQuendrix::ini(const QString& szGruppe, const QString& szitem, const QString& szDefault) {
+    if (inifile_.isEmpty()) return szDefault;
+    return profile::readString(inifile_, szGruppe, szitem, szDefault);
+}
+
+void ctlQuendrix::setini(const QString& KpAppName, const QString& KeyName, const QString& keydefault) {
+    if (inifile_.isEmpty()) return;
+    QString error;
+    if (!profile::writeString(inifile_, KpAppName, KeyName, keydefault, &error))
+        qWarning("Quendrix: %s could not be written: %s", qPrintable(inifile_), qPrintable(error));
+}
+
+bool ctlQuendrix::WasKeyPressed(qint32 plVirtualKey) { return platform_->isKeyDown(plVirtualKey); }
+
+float ctlQuendrix::map(qint32 x, qint32 in_min, qint32 in_max, qint32 out_min, qint32 out_max) {
+    return mapRange(x, in_min, in_max, out_min, out_max);
+}
+
+void ctlQuendrix::QuickSortReihe(VariantTable& AvSort, qint16 Spalte) { quickSortRows(AvSort, Spalte); }
+
+void ctlQuendrix::QuickSortReihe(VariantTable& AvSort, qint16 Spalte, qint32 lngStart, qint32 lngEnd) {
+    quickSortRows(AvSort, Spalte, lngStart, lngEnd);
+}
+
+void ctlQuendrix::QuickSortReihe(DoubleTable& AvSort, qint16 Spalte) { quickSortRows(AvSort, Spalte); }
+
+void ctlQuendrix::QuickSortReihe(DoubleTable& AvSort, qint16 Spalte, qint32 lngStart, qint32 lngEnd) {
+    quickSortRows(AvSort, Spalte, lngStart, lngEnd);
+}

@@ -24,6 +24,7 @@ QString RuntimeError::description(int number) {
         case TypeMismatch: return QStringLiteral("Typen unverträglich");
         case FileNotFound: return QStringLiteral("Datei nicht gefunden");
         case InputPastEndOfFile: return QStringLiteral("Einlesen hinter Dateiende");
+        case InvalidPropertyValue: return QStringLiteral("Unzulässiger Eigenschaftswert");
         default: return QStringLiteral("Anwendungs- oder objektdefinierter Fehler");
     }
 }

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <quendrix/Platform.h>
+#include <quendrix/RuntimeError.h>
+
+#include <utility>
+
+namespace quendrix {
+
+// Runs a handler the operator started on the panel. A failure the handler cannot handle is
+// shown in a message box and ends the handler; it never reaches Qt's event loop, and the panel
+// stays usable.
+template <typename Handler>
+void runGuarded(Platform& platform, Handler&& handler) {
+    try {
+        std::forward<Handler>(handler)();
+    } catch (const RuntimeError& error) {
+        platform.messageBox(error.text(), MsgBox::Critical, QString());
+    }
+}
+
+}  // namespace quendrix

@@ -13,7 +13,7 @@ namespace quendrix {
 // The numeric value of a text as the panel reads numbers: leading blanks and TABs skipped,
 // then the longest leading part that forms a number (sign, digits, "." as decimal point,
 // exponent with E or D) is read and the rest ignored; no leading number gives 0.
-// Independent of the locale: Val("22,5") is 22.
+// Independent of the locale: Val("22,5") is 22. Beyond the Double range is an overflow.
 double Val(const QString& text);
 
 // Blanks (only the character 32) removed at both ends, at the start, at the end.
@@ -22,9 +22,10 @@ QString LTrim(const QString& text);
 QString RTrim(const QString& text);
 
 // Text to number as the system's conversions do it, under `locale`: blanks around, an optional
-// sign, digits in which the locale's group separator may stand (and is ignored), the locale's
-// decimal separator, an optional exponent. Anything else, and the empty text, is a type
-// mismatch (RuntimeError 13). So "22,5" is 22.5 under German and 225 under English.
+// sign, digits in which the locale's group separator may stand (and is ignored) up to the
+// locale's decimal separator, an optional exponent (E with an optional sign and digits).
+// Anything else, and the empty text, is a type mismatch (RuntimeError 13). So "22,5" is 22.5
+// under German and 225 under English.
 double textToDouble(const QString& text, const QLocale& locale);
 float textToSingle(const QString& text, const QLocale& locale);   // overflow: error 6
 qint16 textToInteger(const QString& text, const QLocale& locale);  // rounds half to even
@@ -37,7 +38,8 @@ qint32 toLong(double value);
 // Double to Single; beyond the Single range is an overflow.
 float toSingle(double value);
 
-// a / b; b == 0 is a division error (RuntimeError 11).
+// a / b; b == 0 is a division error (RuntimeError 11), a finite a over a tiny b that leaves
+// the Double range an overflow (6).
 double divide(double a, double b);
 
 // Whole-number arithmetic of the given width; leaving the range is an overflow.

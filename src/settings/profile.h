@@ -22,7 +22,9 @@ namespace quendrix::profile {
 
 constexpr int kBufferSize = 2048;  // read buffer; at most kBufferSize - 1 characters come back
 
-// The pure format, on the bytes of a file.
+// The pure format, on the bytes of a file. CR and LF in a value to write become blanks. Names
+// that would not read back as written (a line break, "]" in a section name, "=" in a key name,
+// a key that reads as a section header) are not written: the contents come back unchanged.
 QString readValue(const QByteArray& contents, const QString& section, const QString& key,
                   const QString& defaultValue);
 QByteArray writeValue(const QByteArray& contents, const QString& section, const QString& key,
@@ -31,8 +33,9 @@ QByteArray writeValue(const QByteArray& contents, const QString& section, const 
 // On a file. A file that cannot be read counts as missing.
 QString readString(const QString& path, const QString& section, const QString& key,
                    const QString& defaultValue);
-// Returns false (and the reason in *error) when the file cannot be written; the old file is
-// then left as it was.
+// Returns false (and the reason in *error) when the file cannot be written, when an existing
+// file cannot be read, or when a name cannot be stored; the old file is then left as it was.
+// *error is cleared on success.
 bool writeString(const QString& path, const QString& section, const QString& key,
                  const QString& value, QString* error = nullptr);
 

@@ -176,14 +176,25 @@ public:
 private:
     void buildTabs(QWidget* owner);
     void buildOperatingTab(QWidget* page);
+    void buildAxisSelection(QWidget* page);
+    void buildPositionReadout(QWidget* page);
     void buildAxisMotion(QWidget* page);
+    void buildMotionFrame(QWidget* page, int axis);
+    void buildJogButtons(QGroupBox* frame);
     void buildBellows(QWidget* page);
     void buildStack(QWidget* page);
     void buildLensChanger(QWidget* page);
+    void buildReferencePoints(QWidget* page);
+    void buildLogBoxes(QWidget* page);
     void buildOpticsTab(QWidget* page);
+    void buildCamera(QWidget* page);
+    void buildLensList(QWidget* page);
     void buildCalibration(QWidget* page);
     void buildAxisSettingsTab(QWidget* page);
     void buildAxisSettings(QWidget* page, int axis);
+    void buildMicrostep(QGroupBox* axisFrame, int axis);
+    void buildDrive(QGroupBox* axisFrame, int axis);
+    void buildConnection(QWidget* page);
     void buildLightingTab(QWidget* page);
     void buildNonVisual(QWidget* owner);
 };

@@ -93,6 +93,7 @@ void ctlQuendrix::Initialize() {
     for (QWidget* child : p.Frame4->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
         child->setEnabled(p.Frame4->isEnabled());
     p.FrameT[0]->setVisible(true);
+    showSelectedAxis();
     initialised_ = true;
 }
 

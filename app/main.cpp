@@ -15,18 +15,19 @@ int main(int argc, char* argv[]) {
     QApplication::setApplicationVersion(QStringLiteral("0.1"));
 
     QCommandLineParser options;
-    options.setApplicationDescription(QStringLiteral("Drives a motorised macro/micro photography rig."));
+    options.setApplicationDescription(
+        QStringLiteral("Drives a motorised macro/micro photography rig."));
     options.addHelpOption();
     options.addVersionOption();
-    const QCommandLineOption bagOption(QStringLiteral("bag"),
-                                       QStringLiteral("Restore the panel's properties from <file>."),
-                                       QStringLiteral("file"));
-    const QCommandLineOption rigOption(QStringLiteral("rig"),
-                                       QStringLiteral("Rig type: 0 bellows, 1 lens changer, 2 microscope."),
-                                       QStringLiteral("type"));
-    const QCommandLineOption snapshotOption(
-        QStringLiteral("snapshot"), QStringLiteral("Render the window to <png> and quit."),
-        QStringLiteral("png"));
+    const QCommandLineOption bagOption(
+        QStringLiteral("bag"), QStringLiteral("Restore the panel's properties from <file>."),
+        QStringLiteral("file"));
+    const QCommandLineOption rigOption(
+        QStringLiteral("rig"), QStringLiteral("Rig type: 0 bellows, 1 lens changer, 2 microscope."),
+        QStringLiteral("type"));
+    const QCommandLineOption snapshotOption(QStringLiteral("snapshot"),
+                                            QStringLiteral("Render the window to <png> and quit."),
+                                            QStringLiteral("png"));
     options.addOptions({bagOption, rigOption, snapshotOption});
     options.process(app);
 
@@ -41,8 +42,10 @@ int main(int argc, char* argv[]) {
                      qPrintable(error));
         return 2;
     }
-    if (options.isSet(bagOption)) panel->ReadProperties(bag);
-    else panel->InitProperties();
+    if (options.isSet(bagOption))
+        panel->ReadProperties(bag);
+    else
+        panel->InitProperties();
     if (options.isSet(rigOption)) panel->setControltyp(qint16(options.value(rigOption).toShort()));
     window.setCentralWidget(panel);
     window.show();
@@ -52,8 +55,8 @@ int main(int argc, char* argv[]) {
         QTimer::singleShot(0, &window, [&] {
             const bool saved = window.grab().save(file);
             std::printf("quendrix: %s the panel (%s) to %s and quit.\n",
-                        saved ? "rendered" : "could not render", qPrintable(QGuiApplication::platformName()),
-                        qPrintable(file));
+                        saved ? "rendered" : "could not render",
+                        qPrintable(QGuiApplication::platformName()), qPrintable(file));
             app.exit(saved ? 0 : 1);
         });
     }

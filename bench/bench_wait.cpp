@@ -5,10 +5,10 @@
 
 #include <quendrix/Platform.h>
 
+#include <sys/resource.h>
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <cstdio>
-#include <sys/resource.h>
 
 namespace {
 double processorSeconds() {
@@ -32,8 +32,8 @@ int main(int argc, char* argv[]) {
     const double cpuSeconds = processorSeconds() - cpuBefore;
 
     std::printf("wait of %.1f s: ended %s after %.3f s wall, %.4f s processor time\n", limit,
-                result == quendrix::Waiter::Result::TimedOut ? "by its limit" : "early", wallSeconds,
-                cpuSeconds);
+                result == quendrix::Waiter::Result::TimedOut ? "by its limit" : "early",
+                wallSeconds, cpuSeconds);
     std::printf("processor share of one core: %.3f %% (target: well under 2 %%)\n",
                 100.0 * cpuSeconds / wallSeconds);
     return 0;

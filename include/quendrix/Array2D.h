@@ -15,7 +15,9 @@ template <typename T>
 class Array2D {
 public:
     Array2D() = default;
-    Array2D(int lower1, int upper1, int lower2, int upper2) { redim(lower1, upper1, lower2, upper2); }
+    Array2D(int lower1, int upper1, int lower2, int upper2) {
+        redim(lower1, upper1, lower2, upper2);
+    }
 
     // Resizes to the given bounds; every element starts as T(). Upper < lower empties it.
     void redim(int lower1, int upper1, int lower2, int upper2) {
@@ -39,7 +41,8 @@ public:
 
     // Exchanges two whole records (every field).
     void swapRows(int j1, int j2) {
-        for (int i = lower_[0]; i <= upper_[0]; ++i) std::swap((*this)(i, j1), (*this)(i, j2));
+        for (int i = lower_[0]; i <= upper_[0]; ++i)
+            std::swap((*this)(i, j1), (*this)(i, j2));
     }
 
     bool operator==(const Array2D&) const = default;

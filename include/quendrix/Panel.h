@@ -50,12 +50,12 @@ public:
     std::array<QLabel*, 2> lblPosition1;  // position in steps, per axis
     std::array<QLabel*, 2> lblPosition2;  // position in mm, per axis
     std::array<QLabel*, 2> lblEncoder;
-    std::array<QLabel*, 2> Label13;      // travel length in steps, per axis
-    std::array<QGroupBox*, 2> FrameT;    // the motion frame of each axis
-    std::array<QCheckBox*, 8> Check0;    // run 0/1, direction 4/5, speed mode 6/7 (three-state)
-    std::array<QLabel*, 2> Label7;       // direction glyph
-    std::array<QLabel*, 2> Label8;       // speed glyph
-    std::array<QGroupBox*, 2> Takt;      // timing of each axis
+    std::array<QLabel*, 2> Label13;    // travel length in steps, per axis
+    std::array<QGroupBox*, 2> FrameT;  // the motion frame of each axis
+    std::array<QCheckBox*, 8> Check0;  // run 0/1, direction 4/5, speed mode 6/7 (three-state)
+    std::array<QLabel*, 2> Label7;     // direction glyph
+    std::array<QLabel*, 2> Label8;     // speed glyph
+    std::array<QGroupBox*, 2> Takt;    // timing of each axis
     std::array<QLineEdit*, 2> Taktpause;
     std::array<QPushButton*, 2> Taktsetzen;
     std::array<QPushButton*, 5> Auf;

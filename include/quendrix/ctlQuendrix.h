@@ -135,13 +135,12 @@ public:
     Q_INVOKABLE bool WasKeyPressed(qint32 plVirtualKey);
     // (out_max - out_min) * (x - in_min) / ((in_max - in_min) + out_min), in 32-bit
     // arithmetic; note that out_min is added to the divisor.
-    Q_INVOKABLE float map(qint32 x, qint32 in_min, qint32 in_max, qint32 out_min,
-                          qint32 out_max);
+    Q_INVOKABLE float map(qint32 x, qint32 in_min, qint32 in_max, qint32 out_min, qint32 out_max);
     // Sorts the records (second index) of AvSort ascending by the field Spalte; without
     // lngStart and lngEnd the whole table.
     Q_INVOKABLE void QuickSortReihe(quendrix::VariantTable& AvSort, qint16 Spalte);
-    Q_INVOKABLE void QuickSortReihe(quendrix::VariantTable& AvSort, qint16 Spalte,
-                                    qint32 lngStart, qint32 lngEnd);
+    Q_INVOKABLE void QuickSortReihe(quendrix::VariantTable& AvSort, qint16 Spalte, qint32 lngStart,
+                                    qint32 lngEnd);
     void QuickSortReihe(quendrix::DoubleTable& AvSort, qint16 Spalte);
     void QuickSortReihe(quendrix::DoubleTable& AvSort, qint16 Spalte, qint32 lngStart,
                         qint32 lngEnd);

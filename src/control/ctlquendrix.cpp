@@ -33,9 +33,12 @@ namespace {
 // control writes numbers.
 QString entryText(const QVariant& entry, const QLocale& locale) {
     switch (entry.metaType().id()) {
-        case QMetaType::Double: return doubleToText(entry.toDouble(), locale);
-        case QMetaType::Float: return singleToText(entry.toFloat(), locale);
-        default: return entry.toString();
+        case QMetaType::Double:
+            return doubleToText(entry.toDouble(), locale);
+        case QMetaType::Float:
+            return singleToText(entry.toFloat(), locale);
+        default:
+            return entry.toString();
     }
 }
 
@@ -77,7 +80,9 @@ ctlQuendrix::ctlQuendrix(QWidget* parent)
     Initialize();
 }
 
-ctlQuendrix::~ctlQuendrix() { Terminate(); }
+ctlQuendrix::~ctlQuendrix() {
+    Terminate();
+}
 
 // ---- Container hooks -----------------------------------------------------------------------
 
@@ -97,7 +102,9 @@ void ctlQuendrix::Initialize() {
     initialised_ = true;
 }
 
-void ctlQuendrix::InitProperties() { setCaption(objectName()); }
+void ctlQuendrix::InitProperties() {
+    setCaption(objectName());
+}
 
 void ctlQuendrix::ReadProperties(PropertyBag& PropBag) {
     Panel& p = *panel_;
@@ -105,7 +112,8 @@ void ctlQuendrix::ReadProperties(PropertyBag& PropBag) {
 
     App_Path = IDE() ? designerHostFolder(
                            [](const QString& folder) {
-                               return !QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot)
+                               return !QDir(folder)
+                                           .entryList(QDir::AllEntries | QDir::NoDotAndDotDot)
                                            .isEmpty();
                            },
                            platform().componentFolder())
@@ -118,27 +126,31 @@ void ctlQuendrix::ReadProperties(PropertyBag& PropBag) {
              entryNumber(PropBag.ReadProperty(QStringLiteral("Mikroschritt1"), 0), 0));
     motorArt_[0] = entryNumber(PropBag.ReadProperty(QStringLiteral("MotorArt0"), 0), 0);
     motorArt_[1] = entryNumber(PropBag.ReadProperty(QStringLiteral("MotorArt1"), 0), 0);
-    kennung_ = entryText(PropBag.ReadProperty(QStringLiteral("Kennung"), QStringLiteral("qQ")), locale);
+    kennung_ =
+        entryText(PropBag.ReadProperty(QStringLiteral("Kennung"), QStringLiteral("qQ")), locale);
 
-    inifile_ = deriveIniFile(App_Path,
-                             entryText(PropBag.ReadProperty(QStringLiteral("inifile"), QString()), locale),
-                             [](const QString& file) {
-                                 return profile::readString(file, QStringLiteral("Arduino"),
-                                                            QStringLiteral("Anlage"), QStringLiteral("L"));
-                             });
+    inifile_ = deriveIniFile(
+        App_Path, entryText(PropBag.ReadProperty(QStringLiteral("inifile"), QString()), locale),
+        [](const QString& file) {
+            return profile::readString(file, QStringLiteral("Arduino"), QStringLiteral("Anlage"),
+                                       QStringLiteral("L"));
+        });
 
-    motorName_ = entryText(PropBag.ReadProperty(QStringLiteral("MotorName"), QStringLiteral("Platz0")), locale);
+    motorName_ = entryText(
+        PropBag.ReadProperty(QStringLiteral("MotorName"), QStringLiteral("Platz0")), locale);
     p.txOffset->setText(entryText(PropBag.ReadProperty(QStringLiteral("AzOffset"), 0), locale));
-    p.Sensor_breite->setText(entryText(PropBag.ReadProperty(QStringLiteral("Sensorbreite"), 0), locale));
-    p.txBrennweite->setText(entryText(PropBag.ReadProperty(QStringLiteral("Brennweite"), 0), locale));
+    p.Sensor_breite->setText(
+        entryText(PropBag.ReadProperty(QStringLiteral("Sensorbreite"), 0), locale));
+    p.txBrennweite->setText(
+        entryText(PropBag.ReadProperty(QStringLiteral("Brennweite"), 0), locale));
 
     p.lblCaption->setText(Caption());
     p.Frame9->setTitle(entryText(PropBag.ReadProperty(QStringLiteral("Kameratyp"), 0), locale));
     p.lblSehfeld->setText(entryText(PropBag.ReadProperty(QStringLiteral("Sehfeld"), 0), locale));
     p.lblSehfeld->setToolTip(p.lblSehfeld->text());
 
-    controltyp_ = qint16(
-        std::clamp(entryNumber(PropBag.ReadProperty(QStringLiteral("Controltyp"), 0), 0), -32768, 32767));
+    controltyp_ = qint16(std::clamp(
+        entryNumber(PropBag.ReadProperty(QStringLiteral("Controltyp"), 0), 0), -32768, 32767));
     p.obMotor[0]->setChecked(true);
     try {
         p.Slider1->setValue(toLong(textToDouble(p.lblSehfeld->text(), locale) * 1000));
@@ -159,8 +171,10 @@ void ctlQuendrix::WriteProperties(PropertyBag& PropBag) const {
     PropBag.WriteProperty(QStringLiteral("inifile"), inifile_, QString());
     PropBag.WriteProperty(QStringLiteral("MotorName"), motorName_, QString());
     PropBag.WriteProperty(QStringLiteral("AzOffset"), p.txOffset->text(), QStringLiteral("0"));
-    PropBag.WriteProperty(QStringLiteral("Sensorbreite"), p.Sensor_breite->text(), QStringLiteral("0"));
-    PropBag.WriteProperty(QStringLiteral("Brennweite"), p.txBrennweite->text(), QStringLiteral("40.5"));
+    PropBag.WriteProperty(QStringLiteral("Sensorbreite"), p.Sensor_breite->text(),
+                          QStringLiteral("0"));
+    PropBag.WriteProperty(QStringLiteral("Brennweite"), p.txBrennweite->text(),
+                          QStringLiteral("40.5"));
     PropBag.WriteProperty(QStringLiteral("Kameratyp"), p.Frame9->title(), QStringLiteral(" "));
     PropBag.WriteProperty(QStringLiteral("Sehfeld"), p.lblSehfeld->text(), QStringLiteral("0"));
     PropBag.WriteProperty(QStringLiteral("Controltyp"), controltyp_, 0);
@@ -196,8 +210,9 @@ void ctlQuendrix::tabChanged(int previousTab) {
         p.obMotor[0]->setChecked(true);
         p.FrameT[0]->setVisible(p.obMotor[0]->isChecked());
     }
-    p.cbOptik->setToolTip(tab >= 2 ? QStringLiteral("Objektiv auswählen oder neues Objektiv eingeben")
-                                   : QStringLiteral("Objektiv auswählen"));
+    p.cbOptik->setToolTip(tab >= 2
+                              ? QStringLiteral("Objektiv auswählen oder neues Objektiv eingeben")
+                              : QStringLiteral("Objektiv auswählen"));
 }
 
 void ctlQuendrix::Zuruecksetzen() {
@@ -207,7 +222,9 @@ void ctlQuendrix::Zuruecksetzen() {
 
 // ---- Design-time properties ----------------------------------------------------------------
 
-bool ctlQuendrix::IDE() const { return platform_->inDesigner(); }
+bool ctlQuendrix::IDE() const {
+    return platform_->inDesigner();
+}
 
 void ctlQuendrix::setMotorName(const QString& value) {
     motorName_ = value;
@@ -240,7 +257,9 @@ void ctlQuendrix::setinifile(const QString& value) {
     emit PropertyChanged(QStringLiteral("inifile"));
 }
 
-qint16 ctlQuendrix::Mikroschritt0() const { return qint16(value(panel_->cbMikroschritt[0])); }
+qint16 ctlQuendrix::Mikroschritt0() const {
+    return qint16(value(panel_->cbMikroschritt[0]));
+}
 
 void ctlQuendrix::setMikroschritt0(qint16 value) {
     if (value < 0 || value > 2) throw RuntimeError(RuntimeError::InvalidPropertyValue);
@@ -248,7 +267,9 @@ void ctlQuendrix::setMikroschritt0(qint16 value) {
     emit PropertyChanged(QStringLiteral("Mikroschritt0"));
 }
 
-qint16 ctlQuendrix::Mikroschritt1() const { return qint16(value(panel_->cbMikroschritt[1])); }
+qint16 ctlQuendrix::Mikroschritt1() const {
+    return qint16(value(panel_->cbMikroschritt[1]));
+}
 
 void ctlQuendrix::setMikroschritt1(qint16 value) {
     if (value < 0 || value > 2) throw RuntimeError(RuntimeError::InvalidPropertyValue);
@@ -256,14 +277,18 @@ void ctlQuendrix::setMikroschritt1(qint16 value) {
     emit PropertyChanged(QStringLiteral("Mikroschritt1"));
 }
 
-QString ctlQuendrix::Caption() const { return panel_->lblCaption->text(); }
+QString ctlQuendrix::Caption() const {
+    return panel_->lblCaption->text();
+}
 
 void ctlQuendrix::setCaption(const QString& value) {
     panel_->lblCaption->setText(value);
     emit PropertyChanged(QStringLiteral("Caption"));
 }
 
-QString ctlQuendrix::Sehfeld() const { return panel_->lblSehfeld->toolTip(); }
+QString ctlQuendrix::Sehfeld() const {
+    return panel_->lblSehfeld->toolTip();
+}
 
 void ctlQuendrix::setSehfeld(const QString& value) {
     // The label is not written here: it follows the optics, and the slider follows the value.
@@ -271,21 +296,27 @@ void ctlQuendrix::setSehfeld(const QString& value) {
     emit PropertyChanged(QStringLiteral("Sehfeld"));
 }
 
-QString ctlQuendrix::Kameratyp() const { return panel_->Frame9->title(); }
+QString ctlQuendrix::Kameratyp() const {
+    return panel_->Frame9->title();
+}
 
 void ctlQuendrix::setKameratyp(const QString& value) {
     panel_->Frame9->setTitle(value);
     emit PropertyChanged(QStringLiteral("Kameratyp"));
 }
 
-float ctlQuendrix::Brennweite() const { return textToSingle(panel_->txBrennweite->text(), locale()); }
+float ctlQuendrix::Brennweite() const {
+    return textToSingle(panel_->txBrennweite->text(), locale());
+}
 
 void ctlQuendrix::setBrennweite(float value) {
     panel_->txBrennweite->setText(singleToText(value, locale()));
     emit PropertyChanged(QStringLiteral("Brennweite"));
 }
 
-float ctlQuendrix::Sensorbreite() const { return textToSingle(panel_->Sensor_breite->text(), locale()); }
+float ctlQuendrix::Sensorbreite() const {
+    return textToSingle(panel_->Sensor_breite->text(), locale());
+}
 
 void ctlQuendrix::setSensorbreite(float value) {
     // While the operator is typing a decimal comma, the half-typed number stays as it is.
@@ -294,7 +325,9 @@ void ctlQuendrix::setSensorbreite(float value) {
     emit PropertyChanged(QStringLiteral("Sensorbreite"));
 }
 
-double ctlQuendrix::AzOffset() const { return textToDouble(panel_->txOffset->text(), locale()); }
+double ctlQuendrix::AzOffset() const {
+    return textToDouble(panel_->txOffset->text(), locale());
+}
 
 void ctlQuendrix::setAzOffset(double value) {
     panel_->txOffset->setText(doubleToText(value, locale()));
@@ -303,9 +336,15 @@ void ctlQuendrix::setAzOffset(double value) {
 
 // ---- Accessors -----------------------------------------------------------------------------
 
-QSerialPort* ctlQuendrix::MSComm1() const { return panel_->MSComm1; }
-QTcpSocket* ctlQuendrix::Telnet1() const { return panel_->Telnet1; }
-QTimer* ctlQuendrix::Timer3() const { return panel_->Timer3; }
+QSerialPort* ctlQuendrix::MSComm1() const {
+    return panel_->MSComm1;
+}
+QTcpSocket* ctlQuendrix::Telnet1() const {
+    return panel_->Telnet1;
+}
+QTimer* ctlQuendrix::Timer3() const {
+    return panel_->Timer3;
+}
 
 void ctlQuendrix::setPlatform(Platform* platform) {
     platform_ = platform ? platform : &qtPlatform();
@@ -319,27 +358,36 @@ QString ctlQuendrix::ini(const QString& szGruppe, const QString& szitem, const Q
     return profile::readString(inifile_, szGruppe, szitem, szDefault);
 }
 
-void ctlQuendrix::setini(const QString& KpAppName, const QString& KeyName, const QString& keydefault) {
+void ctlQuendrix::setini(const QString& KpAppName, const QString& KeyName,
+                         const QString& keydefault) {
     if (inifile_.isEmpty()) return;
     QString error;
     if (!profile::writeString(inifile_, KpAppName, KeyName, keydefault, &error))
         qWarning("Quendrix: %s could not be written: %s", qPrintable(inifile_), qPrintable(error));
 }
 
-bool ctlQuendrix::WasKeyPressed(qint32 plVirtualKey) { return platform_->isKeyDown(plVirtualKey); }
+bool ctlQuendrix::WasKeyPressed(qint32 plVirtualKey) {
+    return platform_->isKeyDown(plVirtualKey);
+}
 
 float ctlQuendrix::map(qint32 x, qint32 in_min, qint32 in_max, qint32 out_min, qint32 out_max) {
     return mapRange(x, in_min, in_max, out_min, out_max);
 }
 
-void ctlQuendrix::QuickSortReihe(VariantTable& AvSort, qint16 Spalte) { quickSortRows(AvSort, Spalte); }
+void ctlQuendrix::QuickSortReihe(VariantTable& AvSort, qint16 Spalte) {
+    quickSortRows(AvSort, Spalte);
+}
 
-void ctlQuendrix::QuickSortReihe(VariantTable& AvSort, qint16 Spalte, qint32 lngStart, qint32 lngEnd) {
+void ctlQuendrix::QuickSortReihe(VariantTable& AvSort, qint16 Spalte, qint32 lngStart,
+                                 qint32 lngEnd) {
     quickSortRows(AvSort, Spalte, lngStart, lngEnd);
 }
 
-void ctlQuendrix::QuickSortReihe(DoubleTable& AvSort, qint16 Spalte) { quickSortRows(AvSort, Spalte); }
+void ctlQuendrix::QuickSortReihe(DoubleTable& AvSort, qint16 Spalte) {
+    quickSortRows(AvSort, Spalte);
+}
 
-void ctlQuendrix::QuickSortReihe(DoubleTable& AvSort, qint16 Spalte, qint32 lngStart, qint32 lngEnd) {
+void ctlQuendrix::QuickSortReihe(DoubleTable& AvSort, qint16 Spalte, qint32 lngStart,
+                                 qint32 lngEnd) {
     quickSortRows(AvSort, Spalte, lngStart, lngEnd);
 }

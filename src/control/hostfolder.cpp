@@ -30,8 +30,8 @@ QString deriveIniFile(const QString& appPath, const QString& stored,
             relative.remove(0, 1);
         name = appPath.isEmpty() ? relative : QDir(appPath).filePath(relative);
     }
-    const int separator = int(std::max(name.lastIndexOf(QLatin1Char('/')),
-                                       name.lastIndexOf(QLatin1Char('\\'))));
+    const int separator =
+        int(std::max(name.lastIndexOf(QLatin1Char('/')), name.lastIndexOf(QLatin1Char('\\'))));
     const QString folder = name.left(separator + 1);
     const QString fileName = name.mid(separator + 1);
     if (fileName.contains(QLatin1Char('_'))) return name;

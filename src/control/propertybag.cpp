@@ -23,8 +23,10 @@ bool isNumber(const QVariant& v) {
         case QMetaType::LongLong:
         case QMetaType::ULongLong:
         case QMetaType::Float:
-        case QMetaType::Double: return true;
-        default: return false;
+        case QMetaType::Double:
+            return true;
+        default:
+            return false;
     }
 }
 
@@ -32,7 +34,8 @@ bool isNumber(const QVariant& v) {
 // compare as texts, numbers as numbers, and a number equals a text that spells the same
 // number ("0" and 0).
 bool sameAsDefault(const QVariant& value, const QVariant& defaultValue) {
-    if (!value.isValid() || !defaultValue.isValid()) return !value.isValid() && !defaultValue.isValid();
+    if (!value.isValid() || !defaultValue.isValid())
+        return !value.isValid() && !defaultValue.isValid();
     const bool numeric = isNumber(value), defaultNumeric = isNumber(defaultValue);
     if (!numeric && !defaultNumeric) return value.toString() == defaultValue.toString();
     bool ok1 = false, ok2 = false;
@@ -56,8 +59,10 @@ void PropertyBag::WriteProperty(const QString& name, const QVariant& value,
         if (found != entries_.end()) entries_.erase(found);
         return;
     }
-    if (found != entries_.end()) found->second = value;
-    else entries_.append({name, value});
+    if (found != entries_.end())
+        found->second = value;
+    else
+        entries_.append({name, value});
 }
 
 bool PropertyBag::contains(const QString& name) const {
@@ -67,7 +72,8 @@ bool PropertyBag::contains(const QString& name) const {
 
 QStringList PropertyBag::names() const {
     QStringList result;
-    for (const auto& entry : entries_) result.append(entry.first);
+    for (const auto& entry : entries_)
+        result.append(entry.first);
     return result;
 }
 
@@ -102,7 +108,8 @@ bool PropertyBag::fromJson(const QByteArray& json, QString* error) {
         const QString name = entry.value(QStringLiteral("name")).toString();
         if (name.isEmpty()) return fail(QStringLiteral("an entry without a name"));
         QVariant value = entry.value(QStringLiteral("value")).toVariant();
-        const QMetaType type = QMetaType::fromName(entry.value(QStringLiteral("type")).toString().toLatin1());
+        const QMetaType type =
+            QMetaType::fromName(entry.value(QStringLiteral("type")).toString().toLatin1());
         if (type.isValid() && !value.convert(type))
             return fail(QStringLiteral("entry %1 does not hold a %2").arg(name, type.name()));
         entries.append({name, value});

@@ -21,7 +21,8 @@ namespace {
 constexpr int kWidenedLightWidth = 162;  // pixels; the single light channel gets the whole row
 
 void show(std::initializer_list<QWidget*> widgets, bool visible) {
-    for (QWidget* widget : widgets) widget->setVisible(visible);
+    for (QWidget* widget : widgets)
+        widget->setVisible(visible);
 }
 
 // The settings and displays that exist only for a second motor axis.
@@ -67,7 +68,8 @@ void layOutLensChangerRig(Panel& p) {
     showLensesWithoutBellows(p);
     showSecondMotor(p, QStringLiteral("Optik"), false);
     show({p.cbEndschalter[0], p.cbMikroschritt[0]}, false);
-    for (int k = 0; k <= 3; ++k) p.micro0[k]->setVisible(false);
+    for (int k = 0; k <= 3; ++k)
+        p.micro0[k]->setVisible(false);
 }
 
 void layOutMicroscopeRig(Panel& p) {
@@ -76,7 +78,8 @@ void layOutMicroscopeRig(Panel& p) {
     p.Label4[2]->setText(QStringLiteral("Oben"));
     p.Label4[3]->setText(QStringLiteral("Unten"));
     p.Label4[4]->setText(QStringLiteral("Mitte"));
-    for (int i = 2; i <= 4; ++i) show({p.Image1[i], p.Shape1[i]}, false);
+    for (int i = 2; i <= 4; ++i)
+        show({p.Image1[i], p.Shape1[i]}, false);
     p.Slider2->setVisible(true);
     p.Frame6->setVisible(false);
     QFont font = p.lblOptik->font();
@@ -92,10 +95,17 @@ void layOutMicroscopeRig(Panel& p) {
 
 void applyRigLayout(Panel& panel, qint16 controltyp) {
     switch (controltyp) {
-        case 0: layOutBellowsRig(panel); break;
-        case 1: layOutLensChangerRig(panel); break;
-        case 2: layOutMicroscopeRig(panel); break;
-        default: break;
+        case 0:
+            layOutBellowsRig(panel);
+            break;
+        case 1:
+            layOutLensChangerRig(panel);
+            break;
+        case 2:
+            layOutMicroscopeRig(panel);
+            break;
+        default:
+            break;
     }
 }
 

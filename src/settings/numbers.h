@@ -27,7 +27,7 @@ QString RTrim(const QString& text);
 // Anything else, and the empty text, is a type mismatch (RuntimeError 13). So "22,5" is 22.5
 // under German and 225 under English.
 double textToDouble(const QString& text, const QLocale& locale);
-float textToSingle(const QString& text, const QLocale& locale);   // overflow: error 6
+float textToSingle(const QString& text, const QLocale& locale);    // overflow: error 6
 qint16 textToInteger(const QString& text, const QLocale& locale);  // rounds half to even
 qint32 textToLong(const QString& text, const QLocale& locale);     // rounds half to even
 

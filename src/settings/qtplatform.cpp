@@ -28,21 +28,35 @@ int virtualKeyOf(int qtKey) {
     if (qtKey >= Qt::Key_0 && qtKey <= Qt::Key_9) return '0' + (qtKey - Qt::Key_0);
     if (qtKey >= Qt::Key_F1 && qtKey <= Qt::Key_F12) return 112 + (qtKey - Qt::Key_F1);
     switch (qtKey) {
-        case Qt::Key_Backspace: return 8;
-        case Qt::Key_Tab: return 9;
+        case Qt::Key_Backspace:
+            return 8;
+        case Qt::Key_Tab:
+            return 9;
         case Qt::Key_Return:
-        case Qt::Key_Enter: return VirtualKey::Return;
-        case Qt::Key_Shift: return 16;
-        case Qt::Key_Control: return 17;
-        case Qt::Key_Alt: return 18;
-        case Qt::Key_Escape: return VirtualKey::Escape;
-        case Qt::Key_Space: return 32;
-        case Qt::Key_Left: return 37;
-        case Qt::Key_Up: return 38;
-        case Qt::Key_Right: return 39;
-        case Qt::Key_Down: return 40;
-        case Qt::Key_Delete: return 46;
-        default: return 0;
+        case Qt::Key_Enter:
+            return VirtualKey::Return;
+        case Qt::Key_Shift:
+            return 16;
+        case Qt::Key_Control:
+            return 17;
+        case Qt::Key_Alt:
+            return 18;
+        case Qt::Key_Escape:
+            return VirtualKey::Escape;
+        case Qt::Key_Space:
+            return 32;
+        case Qt::Key_Left:
+            return 37;
+        case Qt::Key_Up:
+            return 38;
+        case Qt::Key_Right:
+            return 39;
+        case Qt::Key_Down:
+            return 40;
+        case Qt::Key_Delete:
+            return 46;
+        default:
+            return 0;
     }
 }
 
@@ -60,8 +74,10 @@ protected:
                 auto* key = static_cast<QKeyEvent*>(event);
                 const int code = virtualKeyOf(key->key());
                 if (code != 0 && !key->isAutoRepeat()) {
-                    if (event->type() == QEvent::KeyPress) down_.insert(code);
-                    else down_.remove(code);
+                    if (event->type() == QEvent::KeyPress)
+                        down_.insert(code);
+                    else
+                        down_.remove(code);
                 }
                 break;
             }
@@ -69,7 +85,8 @@ protected:
                 // A key released while another application has the focus is never reported.
                 down_.clear();
                 break;
-            default: break;
+            default:
+                break;
         }
         return QObject::eventFilter(watched, event);
     }
@@ -87,7 +104,8 @@ public:
                         QMessageBox::NoButton, QApplication::activeWindow());
         const QList<int> answers = answersOf(style & 7);
         QList<QPushButton*> buttons;
-        for (int answer : answers) buttons.append(box.addButton(buttonOf(answer)));
+        for (int answer : answers)
+            buttons.append(box.addButton(buttonOf(answer)));
         const int defaultIndex = std::min<int>((style & 768) / 256, int(answers.size()) - 1);
         box.setDefaultButton(buttons.value(defaultIndex));
         box.exec();
@@ -100,10 +118,9 @@ public:
     QString inputBox(const QString& prompt, const QString& title,
                      const QString& defaultText) override {
         bool ok = false;
-        const QString text =
-            QInputDialog::getText(QApplication::activeWindow(),
-                                  title.isEmpty() ? QStringLiteral("Quendrix") : title, prompt,
-                                  QLineEdit::Normal, defaultText, &ok);
+        const QString text = QInputDialog::getText(
+            QApplication::activeWindow(), title.isEmpty() ? QStringLiteral("Quendrix") : title,
+            prompt, QLineEdit::Normal, defaultText, &ok);
         return ok ? text : QString();
     }
 
@@ -129,10 +146,14 @@ public:
     bool isKeyDown(int virtualKey) override {
         watchKeys();
         switch (virtualKey) {  // mouse buttons have virtual-key codes too
-            case 1: return QGuiApplication::mouseButtons() & Qt::LeftButton;
-            case 2: return QGuiApplication::mouseButtons() & Qt::RightButton;
-            case 4: return QGuiApplication::mouseButtons() & Qt::MiddleButton;
-            default: return keys_ && keys_->isDown(virtualKey);
+            case 1:
+                return QGuiApplication::mouseButtons() & Qt::LeftButton;
+            case 2:
+                return QGuiApplication::mouseButtons() & Qt::RightButton;
+            case 4:
+                return QGuiApplication::mouseButtons() & Qt::MiddleButton;
+            default:
+                return keys_ && keys_->isDown(virtualKey);
         }
     }
 
@@ -144,7 +165,7 @@ public:
         return qEnvironmentVariableIntValue("QUENDRIX_DESIGNER") != 0 ||
                (QCoreApplication::instance() &&
                 QCoreApplication::applicationName().compare(QStringLiteral("designer"),
-                                                             Qt::CaseInsensitive) == 0);
+                                                            Qt::CaseInsensitive) == 0);
     }
 
     // Starts following key events once an application exists.
@@ -158,32 +179,50 @@ public:
 private:
     static QMessageBox::Icon iconOf(int style) {
         switch (style & 112) {
-            case MsgBox::Critical: return QMessageBox::Critical;
-            case MsgBox::Question: return QMessageBox::Question;
-            case MsgBox::Exclamation: return QMessageBox::Warning;
-            case MsgBox::Information: return QMessageBox::Information;
-            default: return QMessageBox::NoIcon;
+            case MsgBox::Critical:
+                return QMessageBox::Critical;
+            case MsgBox::Question:
+                return QMessageBox::Question;
+            case MsgBox::Exclamation:
+                return QMessageBox::Warning;
+            case MsgBox::Information:
+                return QMessageBox::Information;
+            default:
+                return QMessageBox::NoIcon;
         }
     }
     static QList<int> answersOf(int buttons) {
         switch (buttons) {
-            case MsgBox::OKCancel: return {MsgBox::OK, MsgBox::Cancel};
-            case MsgBox::AbortRetryIgnore: return {MsgBox::Abort, MsgBox::Retry, MsgBox::Ignore};
-            case MsgBox::YesNoCancel: return {MsgBox::Yes, MsgBox::No, MsgBox::Cancel};
-            case MsgBox::YesNo: return {MsgBox::Yes, MsgBox::No};
-            case MsgBox::RetryCancel: return {MsgBox::Retry, MsgBox::Cancel};
-            default: return {MsgBox::OK};
+            case MsgBox::OKCancel:
+                return {MsgBox::OK, MsgBox::Cancel};
+            case MsgBox::AbortRetryIgnore:
+                return {MsgBox::Abort, MsgBox::Retry, MsgBox::Ignore};
+            case MsgBox::YesNoCancel:
+                return {MsgBox::Yes, MsgBox::No, MsgBox::Cancel};
+            case MsgBox::YesNo:
+                return {MsgBox::Yes, MsgBox::No};
+            case MsgBox::RetryCancel:
+                return {MsgBox::Retry, MsgBox::Cancel};
+            default:
+                return {MsgBox::OK};
         }
     }
     static QMessageBox::StandardButton buttonOf(int answer) {
         switch (answer) {
-            case MsgBox::Cancel: return QMessageBox::Cancel;
-            case MsgBox::Abort: return QMessageBox::Abort;
-            case MsgBox::Retry: return QMessageBox::Retry;
-            case MsgBox::Ignore: return QMessageBox::Ignore;
-            case MsgBox::Yes: return QMessageBox::Yes;
-            case MsgBox::No: return QMessageBox::No;
-            default: return QMessageBox::Ok;
+            case MsgBox::Cancel:
+                return QMessageBox::Cancel;
+            case MsgBox::Abort:
+                return QMessageBox::Abort;
+            case MsgBox::Retry:
+                return QMessageBox::Retry;
+            case MsgBox::Ignore:
+                return QMessageBox::Ignore;
+            case MsgBox::Yes:
+                return QMessageBox::Yes;
+            case MsgBox::No:
+                return QMessageBox::No;
+            default:
+                return QMessageBox::Ok;
         }
     }
 

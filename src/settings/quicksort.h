@@ -11,8 +11,12 @@
 
 namespace quendrix {
 
-inline int compareCells(double a, double b) { return a < b ? -1 : (a > b ? 1 : 0); }
-inline int compareCells(const QVariant& a, const QVariant& b) { return variantCompare(a, b); }
+inline int compareCells(double a, double b) {
+    return a < b ? -1 : (a > b ? 1 : 0);
+}
+inline int compareCells(const QVariant& a, const QVariant& b) {
+    return variantCompare(a, b);
+}
 
 // Sorts the records (second index) of `table` ascending by one field, in place (not stable).
 // The field used is `column` plus the lower bound of the first index, and each recursion is
@@ -32,8 +36,10 @@ void quickSortRows(Array2D<T>& table, int column, std::optional<qint32> start = 
     qint32 i = first;
     qint32 j = last;
     do {
-        while (compareCells(table(field, i), pivot) < 0) ++i;
-        while (compareCells(table(field, j), pivot) > 0) --j;
+        while (compareCells(table(field, i), pivot) < 0)
+            ++i;
+        while (compareCells(table(field, j), pivot) > 0)
+            --j;
         if (i > j) break;
         table.swapRows(i, j);
         ++i;

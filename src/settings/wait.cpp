@@ -12,7 +12,8 @@ Waiter::Result Waiter::waitFor(const std::function<bool()>& done, double limitSe
     for (;;) {
         if (cancelled_) return Result::Cancelled;
         if (done()) return Result::Done;
-        if (escape == Escape::Ends && platform_->isKeyDown(VirtualKey::Escape)) return Result::Escaped;
+        if (escape == Escape::Ends && platform_->isKeyDown(VirtualKey::Escape))
+            return Result::Escaped;
         const double elapsed = platform_->now() - start;
         double sleep = kPollSeconds;
         if (limitSeconds >= 0) {
@@ -23,6 +24,8 @@ Waiter::Result Waiter::waitFor(const std::function<bool()>& done, double limitSe
     }
 }
 
-void Waiter::doEvents() { platform_->idle(0); }
+void Waiter::doEvents() {
+    platform_->idle(0);
+}
 
 }  // namespace quendrix

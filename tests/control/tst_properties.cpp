@@ -34,7 +34,8 @@ void writeFile(const QString& path, const QByteArray& contents) {
 
 QStringList changedNames(const QSignalSpy& spy) {
     QStringList names;
-    for (const QList<QVariant>& call : spy) names.append(call.at(0).toString());
+    for (const QList<QVariant>& call : spy)
+        names.append(call.at(0).toString());
     return names;
 }
 
@@ -84,7 +85,8 @@ private slots:
                               "Kameratyp", "Brennweite", "Sensorbreite", "AzOffset"}));
         // The same names are the meta-object's properties, so scripts reach them too.
         for (const QString& name : changedNames(changed))
-            QVERIFY2(control->metaObject()->indexOfProperty(name.toLatin1()) >= 0, qPrintable(name));
+            QVERIFY2(control->metaObject()->indexOfProperty(name.toLatin1()) >= 0,
+                     qPrintable(name));
         QCOMPARE(control->property("Controltyp").toInt(), 1);
     }
 
@@ -145,7 +147,8 @@ private slots:
         control->setControltyp(1);
         control->setSehfeld(QStringLiteral("30"));
         QCOMPARE(p.Slider1->value(), 2);
-        QVERIFY_THROWS_EXCEPTION(RuntimeError, (control->setControltyp(0), control->setSehfeld("x")));
+        QVERIFY_THROWS_EXCEPTION(RuntimeError,
+                                 (control->setControltyp(0), control->setSehfeld("x")));
     }
 
     void rigTypeRearrangesThePanel() {
@@ -159,9 +162,9 @@ private slots:
         control->setControltyp(1);
         QCOMPARE(p.SSTab1->currentIndex(), 0);
         for (QWidget* axis1 : std::initializer_list<QWidget*>{
-                 p.FrameM[1], p.Frame[1], p.FrameP[1], p.cbDrehrichtungArduino[1], p.cbEndschalter[1],
-                 p.cbMikroschritt[1], p.ENC[1], p.lblEncoder[1], p.Takt[1], p.Label7[1], p.Label8[1],
-                 p.obMotor[1], p.Frame4})
+                 p.FrameM[1], p.Frame[1], p.FrameP[1], p.cbDrehrichtungArduino[1],
+                 p.cbEndschalter[1], p.cbMikroschritt[1], p.ENC[1], p.lblEncoder[1], p.Takt[1],
+                 p.Label7[1], p.Label8[1], p.obMotor[1], p.Frame4})
             QVERIFY2(axis1->isHidden(), qPrintable(axis1->objectName()));
         QVERIFY(!p.cbOptik->isHidden() && !p.OptikFaktor->isHidden());
         QCOMPARE(p.Label41->text(), QStringLiteral("Anheben [Schritte]"));
@@ -194,8 +197,8 @@ private slots:
         auto control = newControl(QLocale(QLocale::English));
         control->setObjectName(QStringLiteral("Quendrix1"));
         control->InitProperties();
-        control->setMotorName(QString());       // equal to its write default: not stored
-        control->setBrennweite(40.5f);          // "40.5": not stored, comes back as 0
+        control->setMotorName(QString());  // equal to its write default: not stored
+        control->setBrennweite(40.5f);     // "40.5": not stored, comes back as 0
         control->setKameratyp(QStringLiteral(" "));
         control->setKennung(QStringLiteral("@"));
         control->setMotorArt0(1);
@@ -283,18 +286,23 @@ private slots:
         const QDir dir(folder_.path());
         QCOMPARE(derive(QStringLiteral("host.ini")), dir.filePath(QStringLiteral("host_M.ini")));
         QCOMPARE(derive(QStringLiteral("\\host.ini")), dir.filePath(QStringLiteral("host_M.ini")));
-        QCOMPARE(derive(QStringLiteral("other.cfg.ini")), dir.filePath(QStringLiteral("other_L.ini")));
+        QCOMPARE(derive(QStringLiteral("other.cfg.ini")),
+                 dir.filePath(QStringLiteral("other_L.ini")));
         QCOMPARE(derive(QStringLiteral("host_X.ini")), dir.filePath(QStringLiteral("host_X.ini")));
         QCOMPARE(derive(QStringLiteral("settings")), dir.filePath(QStringLiteral("_L.ini")));
-        QCOMPARE(derive(dir.filePath(QStringLiteral("host.ini"))), dir.filePath(QStringLiteral("host_M.ini")));
+        QCOMPARE(derive(dir.filePath(QStringLiteral("host.ini"))),
+                 dir.filePath(QStringLiteral("host_M.ini")));
         QCOMPARE(derive(QString()), QString());
     }
 
     void designerLooksForTheHostsFolderFirst() {
         const QString component = QStringLiteral("/opt/designer/plugins");
-        QCOMPARE(quendrix::designerHostFolder([](const QString&) { return false; }, component), component);
-        const QString found = quendrix::designerHostFolder([](const QString&) { return true; }, component);
-        QVERIFY(found.endsWith(QStringLiteral("Pelucido")) || found.endsWith(QStringLiteral("Pelucido\\")));
+        QCOMPARE(quendrix::designerHostFolder([](const QString&) { return false; }, component),
+                 component);
+        const QString found =
+            quendrix::designerHostFolder([](const QString&) { return true; }, component);
+        QVERIFY(found.endsWith(QStringLiteral("Pelucido")) ||
+                found.endsWith(QStringLiteral("Pelucido\\")));
         platform_.designer = true;
         auto control = newControl();
         QVERIFY(control->IDE());
@@ -305,29 +313,36 @@ private slots:
     void iniReadsAndWritesTheControlsOwnFile() {
         auto control = newControl();
         const QString file = folder_.filePath(QStringLiteral("rig_L.ini"));
-        QCOMPARE(control->ini(QStringLiteral("Platz00"), QStringLiteral("port"), QStringLiteral("6 ")),
-                 QStringLiteral("6 "));  // no file named: the default exactly as given
+        QCOMPARE(
+            control->ini(QStringLiteral("Platz00"), QStringLiteral("port"), QStringLiteral("6 ")),
+            QStringLiteral("6 "));  // no file named: the default exactly as given
         control->setini(QStringLiteral("Platz00"), QStringLiteral("port"), QStringLiteral("3"));
         QVERIFY(!QFile::exists(file));
 
         control->setinifile(file);
-        QCOMPARE(control->ini(QStringLiteral("Platz00"), QStringLiteral("port"), QStringLiteral("6 ")),
-                 QStringLiteral("6"));  // missing key: trailing blanks go
-        control->setini(QStringLiteral("Platz00"), QStringLiteral("port"), QStringLiteral("/dev/ttyACM0"));
-        control->setini(QStringLiteral("Kamera A"), QStringLiteral("Bildbreite"), QStringLiteral("22,5"));
-        control->setini(QStringLiteral("platz00"), QStringLiteral("PORT"), QStringLiteral("/dev/pts/7"));
+        QCOMPARE(
+            control->ini(QStringLiteral("Platz00"), QStringLiteral("port"), QStringLiteral("6 ")),
+            QStringLiteral("6"));  // missing key: trailing blanks go
+        control->setini(QStringLiteral("Platz00"), QStringLiteral("port"),
+                        QStringLiteral("/dev/ttyACM0"));
+        control->setini(QStringLiteral("Kamera A"), QStringLiteral("Bildbreite"),
+                        QStringLiteral("22,5"));
+        control->setini(QStringLiteral("platz00"), QStringLiteral("PORT"),
+                        QStringLiteral("/dev/pts/7"));
         QCOMPARE(control->ini(QStringLiteral("Platz00"), QStringLiteral("port"), QString()),
                  QStringLiteral("/dev/pts/7"));
         QCOMPARE(control->ini(QStringLiteral("Kamera A"), QStringLiteral("bildbreite"), QString()),
                  QStringLiteral("22,5"));
         const QString longValue(3000, QLatin1Char('x'));
         control->setini(QStringLiteral("Platz00"), QStringLiteral("lang"), longValue);
-        QCOMPARE(control->ini(QStringLiteral("Platz00"), QStringLiteral("lang"), QString()).size(), 2047);
+        QCOMPARE(control->ini(QStringLiteral("Platz00"), QStringLiteral("lang"), QString()).size(),
+                 2047);
 
         // An empty name means no file at all, even when one of that section exists.
         control->setinifile(QString());
-        QCOMPARE(control->ini(QStringLiteral("Platz00"), QStringLiteral("port"), QStringLiteral("6")),
-                 QStringLiteral("6"));
+        QCOMPARE(
+            control->ini(QStringLiteral("Platz00"), QStringLiteral("port"), QStringLiteral("6")),
+            QStringLiteral("6"));
     }
 
     void keysAndMappingReachTheHost() {
@@ -353,7 +368,8 @@ private slots:
         QPushButton button;
         bool after = false;
         QObject::connect(&button, &QPushButton::clicked, [&] {
-            quendrix::runGuarded(platform_, [] { throw RuntimeError(RuntimeError::DivisionByZero); });
+            quendrix::runGuarded(platform_,
+                                 [] { throw RuntimeError(RuntimeError::DivisionByZero); });
             after = true;
         });
         button.click();

@@ -5,14 +5,16 @@
 #include <QTimer>
 #include <cmath>
 
-TestPlatform::TestPlatform(Clock clock) : clock_(clock) { real_.start(); }
+TestPlatform::TestPlatform(Clock clock) : clock_(clock) {
+    real_.start();
+}
 
 int TestPlatform::messageBox(const QString& prompt, int style, const QString& title) {
     messages.append({prompt, style, title});
     if (!messageAnswers.isEmpty()) return messageAnswers.takeFirst();
     using namespace quendrix::MsgBox;
-    static const QList<QList<int>> sets = {{OK},         {OK, Cancel}, {Abort, Retry, Ignore},
-                                           {Yes, No, Cancel}, {Yes, No},   {Retry, Cancel}};
+    static const QList<QList<int>> sets = {
+        {OK}, {OK, Cancel}, {Abort, Retry, Ignore}, {Yes, No, Cancel}, {Yes, No}, {Retry, Cancel}};
     const QList<int>& answers = sets.value(style & 7, sets.first());
     return answers.value((style & 768) / 256, answers.first());
 }

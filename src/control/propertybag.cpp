@@ -1,5 +1,7 @@
 #include <quendrix/PropertyBag.h>
 
+#include "settings/variantcompare.h"
+
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -12,32 +14,16 @@ namespace {
 
 const QString kFormat = QStringLiteral("quendrix-propertybag");
 
-bool isNumber(const QVariant& v) {
-    switch (v.metaType().id()) {
-        case QMetaType::Bool:
-        case QMetaType::Short:
-        case QMetaType::UShort:
-        case QMetaType::Int:
-        case QMetaType::UInt:
-        case QMetaType::Long:
-        case QMetaType::LongLong:
-        case QMetaType::ULongLong:
-        case QMetaType::Float:
-        case QMetaType::Double:
-            return true;
-        default:
-            return false;
-    }
-}
-
 // Whether a value equals the default given on write, so that it need not be stored: texts
 // compare as texts, numbers as numbers, and a number equals a text that spells the same
 // number ("0" and 0).
 bool sameAsDefault(const QVariant& value, const QVariant& defaultValue) {
     if (!value.isValid() || !defaultValue.isValid())
         return !value.isValid() && !defaultValue.isValid();
-    const bool numeric = isNumber(value), defaultNumeric = isNumber(defaultValue);
-    if (!numeric && !defaultNumeric) return value.toString() == defaultValue.toString();
+    if (!isNumeric(value) && !isNumeric(defaultValue))
+        return value.toString() == defaultValue.toString();
+    if (isNumeric(value) && isNumeric(defaultValue))
+        return variantCompare(value, defaultValue) == 0;
     bool ok1 = false, ok2 = false;
     const double a = value.toDouble(&ok1), b = defaultValue.toDouble(&ok2);
     return ok1 && ok2 && a == b;

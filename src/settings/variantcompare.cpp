@@ -106,6 +106,10 @@ int compareTexts(const QString& a, const QString& b) {
 
 }  // namespace
 
+bool isNumeric(const QVariant& value) {
+    return isNumber(classify(value));
+}
+
 int variantCompare(const QVariant& a, const QVariant& b) {
     Operand x = classify(a);
     Operand y = classify(b);

@@ -10,4 +10,7 @@ namespace quendrix {
 // values are equal. Returns < 0, 0 or > 0.
 int variantCompare(const QVariant& a, const QVariant& b);
 
+// Whether a value counts as a number in such comparisons (booleans do, texts and empty do not).
+bool isNumeric(const QVariant& value);
+
 }  // namespace quendrix

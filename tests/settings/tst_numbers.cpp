@@ -1,6 +1,8 @@
 #include "settings/numbers.h"
 #include "settings/textformat.h"
 
+#include "support/errors.h"
+
 #include <QtTest>
 #include <cmath>
 
@@ -10,17 +12,6 @@ namespace {
 
 const QLocale en(QLocale::English, QLocale::UnitedStates);
 const QLocale de(QLocale::German, QLocale::Germany);
-
-// The number of the RuntimeError that `call` raises, or 0.
-template <typename F>
-int errorOf(F call) {
-    try {
-        call();
-    } catch (const RuntimeError& e) {
-        return e.number();
-    }
-    return 0;
-}
 
 }  // namespace
 

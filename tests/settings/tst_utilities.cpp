@@ -2,22 +2,14 @@
 #include "settings/quicksort.h"
 #include "settings/variantcompare.h"
 
+#include "support/errors.h"
+
 #include <QtTest>
 #include <initializer_list>
 
 using namespace quendrix;
 
 namespace {
-
-template <typename F>
-int errorOf(F call) {
-    try {
-        call();
-    } catch (const RuntimeError& e) {
-        return e.number();
-    }
-    return 0;
-}
 
 // A table with fields from `lower1` and one record per row of `rows`, from record `lower2`.
 DoubleTable makeTable(int lower1, int lower2,

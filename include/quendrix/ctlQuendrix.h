@@ -16,8 +16,9 @@ class QTcpSocket;
 class QTimer;
 
 namespace quendrix {
+class Link;
 class Waiter;
-}
+}  // namespace quendrix
 
 // The Quendrix panel: drives the motor axes, lenses, lights and focus stacks of a
 // macro/micro photography rig. A host places it on a window, restores its design-time
@@ -118,6 +119,8 @@ public:
     QTcpSocket* Telnet1() const;
     QTimer* Timer3() const;
     quendrix::Panel* panel() const { return panel_.get(); }
+    // The link to the board, for the control's own subsystems and tests.
+    quendrix::Link* link() const { return link_.get(); }
 
     // The surroundings the control asks for dialogs, time and keys; qtPlatform() unless set.
     quendrix::Platform& platform() const { return *platform_; }
@@ -145,6 +148,17 @@ public:
     void QuickSortReihe(quendrix::DoubleTable& AvSort, qint16 Spalte, qint32 lngStart,
                         qint32 lngEnd);
 
+    // Command channel.
+    // Sends one command to the board ("t16#", "l0!"): waits up to 2 s for the previous
+    // command's acknowledgement, sends, then waits up to 2 s for this one's. A missing
+    // acknowledgement is not an error. Over the socket a CR LF is added unless present.
+    Q_INVOKABLE void Output(const QString& Befehl);
+    // Evaluates text that arrived from the board (wifi: it came over the socket).
+    Q_INVOKABLE void Auswerten(const QString& ComInNeu, bool wifi);
+    // The host's release: a run that waits for the host (a stack waiting for its picture to be
+    // taken) goes on once the host calls SetOK(true); the host resets it with SetOK(false).
+    Q_INVOKABLE void SetOK(bool Wert);
+
     // Stacking: clears the layer counter ("Schicht: 0") and disables Combine.
     Q_INVOKABLE void Zuruecksetzen();
 
@@ -161,6 +175,7 @@ private:
     std::unique_ptr<quendrix::Panel> panel_;
     // Every wait of the control (acknowledgements, releases, moves) goes through this.
     std::unique_ptr<quendrix::Waiter> waiter_;
+    std::unique_ptr<quendrix::Link> link_;
     quendrix::Platform* platform_;
     bool initialised_ = false;
     int shownTab_ = 0;

@@ -3,6 +3,7 @@
 
 #include "control/hostfolder.h"
 #include "control/riglayout.h"
+#include "link/link.h"
 #include "settings/mapping.h"
 #include "settings/numbers.h"
 #include "settings/profile.h"
@@ -61,6 +62,7 @@ ctlQuendrix::ctlQuendrix(QWidget* parent)
     : QWidget(parent),
       panel_(std::make_unique<Panel>(this)),
       waiter_(std::make_unique<Waiter>(qtPlatform())),
+      link_(std::make_unique<Link>(*this, *panel_, *waiter_)),
       platform_(&qtPlatform()) {
     setObjectName(QStringLiteral("ctlQuendrix1"));
     if (!layout()) {
@@ -182,6 +184,7 @@ void ctlQuendrix::WriteProperties(PropertyBag& PropBag) const {
 
 void ctlQuendrix::Terminate() {
     // Any wait still running ends at once, and none starts any more.
+    link_->terminate();
     waiter_->cancelAll();
     if (panel_->Telnet1->state() != QAbstractSocket::UnconnectedState) panel_->Telnet1->close();
 }
@@ -349,6 +352,20 @@ QTimer* ctlQuendrix::Timer3() const {
 void ctlQuendrix::setPlatform(Platform* platform) {
     platform_ = platform ? platform : &qtPlatform();
     waiter_->setPlatform(*platform_);
+}
+
+// ---- Command channel ----------------------------------------------------------------------
+
+void ctlQuendrix::Output(const QString& Befehl) {
+    link_->Output(Befehl);
+}
+
+void ctlQuendrix::Auswerten(const QString& ComInNeu, bool wifi) {
+    link_->Auswerten(ComInNeu, wifi);
+}
+
+void ctlQuendrix::SetOK(bool Wert) {
+    link_->SetOK(Wert);
 }
 
 // ---- Settings store and utilities ----------------------------------------------------------

@@ -1,0 +1,142 @@
+// Sending commands with the acknowledge handshake, and the two receive handlers.
+#include "link/link.h"
+#include "link/replyline.h"
+#include "settings/cp1252.h"
+#include "settings/wait.h"
+
+#include <quendrix/Panel.h>
+#include <quendrix/ctlQuendrix.h>
+
+#include <QLineEdit>
+#include <QSerialPort>
+#include <QTcpSocket>
+
+namespace quendrix {
+
+namespace {
+
+const QString kLineEnd = QStringLiteral("\r\n");
+const QChar kStrayLeadByte(0xC2);  // "Â": a byte the board can emit before a line
+constexpr double kAcknowledgeSeconds = 2;
+constexpr double kReleaseSeconds = 31;
+
+// The line at the front of `received` with its line end, without a stray lead byte.
+QString frontLine(const QString& received, qsizetype length) {
+    QString line = received.left(length);
+    if (line.startsWith(kStrayLeadByte)) line.remove(0, 1);
+    return line;
+}
+
+QString withoutLineEnd(const QString& line) {
+    return line.left(line.indexOf(kLineEnd));
+}
+
+}  // namespace
+
+Link::Link(ctlQuendrix& control, Panel& panel, Waiter& waiter)
+    : control_(control), panel_(panel), waiter_(waiter) {
+    connect(panel_.MSComm1, &QSerialPort::readyRead, this, &Link::serialReceived);
+    connect(panel_.Telnet1, &QTcpSocket::readyRead, this, &Link::socketReceived);
+}
+
+void Link::Output(const QString& Befehl) {
+    waiter_.waitFor([this] { return bQuittiert; }, kAcknowledgeSeconds);
+    bQuittiert = false;
+    sErwartet = acknowledgeMarker(Befehl, backlash[0], backlash[1]);
+
+    if (control_.wifi) {
+        if (panel_.Telnet1->state() != QAbstractSocket::ConnectedState) {
+            failed(QStringLiteral("Keine WiFi Verbindung"));
+        } else {
+            panel_.Telnet1->write(toCp1252(Befehl.contains(kLineEnd) ? Befehl : Befehl + kLineEnd));
+            panel_.Telnet1->flush();
+        }
+    } else if (panel_.MSComm1->isOpen()) {
+        setTag(panel_.MSComm1, QStringLiteral("A1"));
+        panel_.MSComm1->write(toCp1252(Befehl));
+        panel_.MSComm1->flush();
+    } else {
+        failed(QStringLiteral("Keine Verbindung"));
+    }
+
+    // Replies that arrived during the send and still wait in the remainder are evaluated now.
+    while (sRest.contains(kLineEnd)) {
+        Auswerten(QString(), false);
+        waiter_.doEvents();
+    }
+    waiter_.waitFor([this] { return bQuittiert; }, kAcknowledgeSeconds);
+}
+
+// A command that could not be sent is reported as if the board had said so. The text has no
+// line end: it stays in the remainder, where "Keine Verbindung" alone counts as answered, so a
+// dead serial link costs each command its own waits and no more. An earlier failure text
+// still waiting there gives way to the new one instead of piling up.
+void Link::failed(const QString& text) {
+    if (sRest == u"Keine Verbindung" || sRest == u"Keine WiFi Verbindung") sRest.clear();
+    panel_.Text1[1]->setText(text);
+    Auswerten(text, false);
+}
+
+void Link::serialReceived() {
+    const QByteArray bytes = panel_.MSComm1->readAll();
+    if (control_.wifi) return;  // the serial port is not the link now: its input is dropped
+    sEmpfang += fromCp1252(bytes);
+    takeSerialLines();
+}
+
+// Over the serial port every line without "q" or "Q" acknowledges; the identification and
+// axis status lines, which carry them, are only evaluated.
+void Link::takeSerialLines() {
+    qsizetype end;
+    while ((end = sEmpfang.indexOf(kLineEnd)) >= 0) {
+        const qsizetype length = end + kLineEnd.size();
+        const QString line = frontLine(sEmpfang, length);
+        sEmpfang.remove(0, length);
+        if (!line.contains(u'q') && !line.contains(u'Q')) {
+            sLetzteZeile = withoutLineEnd(line);
+            Auswerten(line, false);
+            bQuittiert = true;
+        } else {
+            Auswerten(line, false);
+        }
+        waiter_.doEvents();
+    }
+}
+
+void Link::socketReceived() {
+    const QString data = fromCp1252(panel_.Telnet1->readAll());
+    if (data == kLineEnd) return;
+    sEmpfang += data;
+    takeSocketLines();
+}
+
+// Over the socket only the first character decides: status lines start with one of "qQ&@"
+// and do not acknowledge by themselves; empty lines are dropped unseen.
+void Link::takeSocketLines() {
+    static const QString kStatusLineStarts = QStringLiteral("qQ&@");
+    qsizetype end;
+    while ((end = sEmpfang.indexOf(kLineEnd)) >= 0) {
+        const qsizetype length = end + kLineEnd.size();
+        const QString line = frontLine(sEmpfang, length);
+        sEmpfang.remove(0, length);
+        if (kStatusLineStarts.contains(line.at(0))) {
+            sLetzteZeile = withoutLineEnd(line);
+            Auswerten(line, true);
+        } else if (line.compare(QStringLiteral(" ")) > 0) {
+            sLetzteZeile = withoutLineEnd(line);
+            Auswerten(line, true);
+            bQuittiert = true;
+        }
+        waiter_.doEvents();
+    }
+}
+
+void Link::waitForRelease(const QString& caller) {
+    const auto result =
+        waiter_.waitFor([this] { return bFreigabe; }, kReleaseSeconds, Waiter::Escape::Ends);
+    if (result == Waiter::Result::TimedOut)
+        control_.platform().messageBox(QStringLiteral("Quendrix wartet auf Freigabe: ") + caller,
+                                       MsgBox::OKOnly, QString());
+}
+
+}  // namespace quendrix

@@ -1,0 +1,160 @@
+// Auswerten: the one place where text from the board becomes state and display.
+#include "link/link.h"
+#include "link/replyline.h"
+#include "motion/units.h"
+#include "settings/numbers.h"
+#include "settings/textformat.h"
+#include "settings/wait.h"
+
+#include <quendrix/Panel.h>
+#include <quendrix/ctlQuendrix.h>
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QSignalBlocker>
+#include <QSlider>
+
+namespace quendrix {
+
+namespace {
+
+const QString kLineEnd = QStringLiteral("\r\n");
+
+bool isIdentificationOrError(const QString& line) {
+    return line.contains(u"Arduino") || line.contains(u"unbekannt");
+}
+
+}  // namespace
+
+void Link::Auswerten(const QString& ComInNeu, bool wifi) {
+    sRest += ComInNeu;
+    if (!sRest.contains(kLineEnd)) {
+        if (sRest == u"Keine Verbindung") bQuittiert = true;
+        return;
+    }
+    qsizetype end;
+    while ((end = sRest.indexOf(kLineEnd)) >= 0) {
+        const QString line = sRest.left(end);
+        sRest.remove(0, end + kLineEnd.size());
+
+        const QString logLine = (wifi ? QStringLiteral("=> ") : QStringLiteral("_> ")) + line;
+        if (line.contains(u"|!")) waiter_.doEvents();
+        panel_.Text1[1]->setText(logLine);
+        if (isIdentificationOrError(line)) panel_.Text1[0]->setText(logLine);
+
+        // An acknowledgement ends this arrival's evaluation; the rest waits in sRest.
+        if (isAcknowledgementLine(line, control_.Kennung())) {
+            bQuittiert = true;
+            return;
+        }
+        const QChar first = line.isEmpty() ? QChar() : line.at(0);
+        if (first == u'q' || first == u'Q' || first == u'@') {
+            if (first == u'@')
+                evaluateChangerLine(line);
+            else
+                evaluateAxisLine(line, first == u'q' ? 0 : 1);
+            if (line.contains(sErwartet)) bQuittiert = true;
+        } else if (isIdentificationOrError(line)) {
+            sKennText[1] = line;
+            bQuittiert = true;
+        }
+    }
+}
+
+// "q"/"Q" lines: the status of axis 0/1.
+void Link::evaluateAxisLine(const QString& line, int axis) {
+    sKennText[axis] = line;
+    const bool finished = line.contains(u"|F") && line.size() >= 4;
+    if (!finished && !line.contains(u'?') && line.contains(u"|B")) {
+        setPosition(axis, numberAfter(line, QStringLiteral("#")));
+        showEncoder(axis, numberAfter(line, QStringLiteral("~")));
+        emit positionReported(axis);
+    }
+    if (line.contains(u'*')) {
+        // The board offers micro-stepping on this axis and says which division is in force;
+        // the option buttons follow when the operator next looks, they are not clicked here.
+        panel_.cbMikroschritt[axis]->setEnabled(true);
+        if (const auto exponent = microStepExponent(numberAfter(line, QStringLiteral("*"))))
+            setTag(axis == 0 ? panel_.micro0[0] : panel_.micro1[0], QString::number(*exponent));
+    }
+    if (finished) {
+        // The finished-move report tells whether the axis still runs. The box only shows it:
+        // evaluation must not send (and so wait), so its click is not raised.
+        if (line.contains(u':')) {
+            const double running = numberAfter(line, QStringLiteral(":"));
+            if (running == 0 || running == 1) {
+                const QSignalBlocker quiet(panel_.Check0[axis]);
+                setValue(panel_.Check0[axis], int(running));
+            }
+        }
+        showPosition(axis);
+    }
+}
+
+// "@" lines: the lens changer, and axis 0 on a lens-changer rig.
+void Link::evaluateChangerLine(const QString& line) {
+    sKennText[0] = line;
+    if (!line.contains(u"|?") && !line.contains(u"|F") && line.contains(u"|Q")) {
+        showChangerPosition(numberAfter(line, QStringLiteral("|Q")));
+    } else if (line.contains(u'#')) {
+        const double steps = numberAfter(line, QStringLiteral("#"));
+        setPosition(0, steps);
+        showEncoder(0, steps);
+        emit positionReported(0);
+    }
+    if (line.contains(u"|F")) showChangerPosition(numberAfter(line, QStringLiteral("|F")));
+}
+
+// A position that does not fit a Long is noise on the line and is ignored.
+void Link::setPosition(int axis, double steps) {
+    try {
+        AchsPosition[axis] = toLong(steps);
+    } catch (const RuntimeError&) {
+        return;
+    }
+    showPosition(axis);
+}
+
+void Link::showPosition(int axis) {
+    const qint32 steps = AchsPosition[axis];
+    const QLocale locale = control_.locale();
+    panel_.lblPosition1[axis]->setText(QString::number(steps));
+    std::optional<float> mm;
+    try {
+        mm = stepsToMm(steps, Val(panel_.Schritte[axis]->text()),
+                       Val(panel_.Steigung[axis]->text()));
+    } catch (const RuntimeError&) {
+        // No steps per revolution entered yet: there is nothing to show in millimetres.
+    }
+    if (mm)
+        panel_.lblPosition2[axis]->setText(formatNumber(*mm, QStringLiteral("##,##0.00"), locale));
+    if (axis == 0) {
+        if (!panel_.Label9->text().contains(u"mm"))
+            panel_.lblPosition[0]->setText(QString::number(steps));
+        else if (mm)
+            panel_.lblPosition[0]->setText(formatNumber(*mm, QStringLiteral("##,##0.00"), locale));
+        panel_.Slider2->setValue(steps);
+    }
+}
+
+void Link::showEncoder(int axis, double value) {
+    try {
+        encoder[axis] = toLong(value);
+    } catch (const RuntimeError&) {
+        return;
+    }
+    panel_.lblEncoder[axis]->setText(QString::number(encoder[axis]));
+}
+
+// The changer's positions 0 to 4 are the labels lbObjektiv(0..4); lblOptik shows the lens
+// mounted at the position reached, or "ohne".
+void Link::showChangerPosition(double position) {
+    const int slot = int(position);
+    const bool mounted = position == slot && slot >= 0 && slot < int(panel_.lbObjektiv.size()) &&
+                         !Trim(panel_.lbObjektiv[slot]->text()).isEmpty();
+    panel_.lblOptik->setText(mounted ? panel_.lbObjektiv[slot]->text() : QStringLiteral("ohne"));
+}
+
+}  // namespace quendrix

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+
+// Reading the board's lines and choosing what a command's reply must contain.
+namespace quendrix {
+
+// The acknowledge marker a reply to `command` must contain: the command's first character
+// in upper case followed by "|" ("t16#" expects "T|"). A direction command ("v", "z" for
+// axis 0, "V", "Z" for axis 1) on an axis with backlash set waits for the end of the
+// take-up move instead: "|F".
+QString acknowledgeMarker(const QString& command, int backlashAxis0, int backlashAxis1);
+
+// The number that follows the first `marker` in `line`, read as Val reads it; 0 when the
+// marker is missing or no number follows.
+double numberAfter(const QString& line, const QString& marker);
+
+// The micro-step exponent of a divisor: 16 -> 4, 8 -> 3, 4 -> 2, 2 -> 1, 1 -> 0; none for
+// any other divisor.
+std::optional<int> microStepExponent(double divisor);
+
+// Whether `line` acknowledges by its shape: its second character is "|" and its first is one
+// of the board's identification characters.
+bool isAcknowledgementLine(const QString& line, const QString& kennung);
+
+}  // namespace quendrix

@@ -29,15 +29,22 @@ double TestPlatform::now() {
     return clock_ == Clock::Real ? real_.nsecsElapsed() / 1e9 : scriptedNow_;
 }
 
+namespace {
+void waitForEvents(double seconds) {
+    QTimer wake;
+    wake.setSingleShot(true);
+    wake.start(std::max(1, int(std::lround(seconds * 1000))));
+    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+}
+}  // namespace
+
 void TestPlatform::idle(double seconds) {
     ++idleCount;
     if (clock_ == Clock::Real && seconds > 0) {
-        QTimer wake;
-        wake.setSingleShot(true);
-        wake.start(std::max(1, int(std::lround(seconds * 1000))));
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+        waitForEvents(seconds);
     } else {
-        QCoreApplication::processEvents(QEventLoop::AllEvents);
+        if (realSecondsPerIdle > 0 && seconds > 0) waitForEvents(realSecondsPerIdle);
+        else QCoreApplication::processEvents(QEventLoop::AllEvents);
         scriptedNow_ += std::max(0.0, seconds);
     }
     if (onIdle) onIdle(*this);

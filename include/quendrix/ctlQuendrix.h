@@ -113,6 +113,10 @@ public:
     void InitProperties();
     void ReadProperties(quendrix::PropertyBag& PropBag);
     void WriteProperties(quendrix::PropertyBag& PropBag) const;
+    // Ends every wait still running (for an acknowledgement, a release, a move) at once, and
+    // makes later ones return at once. A host that closes its window while the control may be
+    // waiting calls it first and destroys the control with deleteLater().
+    void Terminate();
 
     // The transports, the run timer and the panel form.
     QSerialPort* MSComm1() const;
@@ -164,7 +168,6 @@ public:
 
 private:
     void Initialize();
-    void Terminate();
     // Adapts the panel to the rig chosen by Controltyp, then shows axis 0 on tab 0.
     void layoutForRigType();
     // The motion frame shown is the one of the selected axis.

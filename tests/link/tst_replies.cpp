@@ -43,7 +43,8 @@ Observed observe(ctlQuendrix& control) {
 
 // Evaluates what is left in the remainder, as the next arrivals or Output's drain would.
 void drain(ctlQuendrix& control) {
-    while (control.link()->sRest.contains(QStringLiteral("\r\n"))) control.Auswerten({}, false);
+    while (control.link()->sRest.contains(QStringLiteral("\r\n")))
+        control.Auswerten({}, false);
 }
 
 }  // namespace
@@ -211,19 +212,28 @@ private slots:
 
     // The same bytes give the same state, however the transport cuts them into arrivals.
     void cuttingTheStreamChangesNothing() {
-        const QStringList lines = {"q #%1 ~%2 *16 |B", "Q #%1 ~%2 *4 |B", "q #%1 ~%2 *16 |F :0",
-                                   "Q|#",              "T|%1#",           "@ |Q%3",
-                                   "@ #%1 |B",         "Arduino Photostand %1", "q?|*2 #%1 ~%2",
+        const QStringList lines = {"q #%1 ~%2 *16 |B",
+                                   "Q #%1 ~%2 *4 |B",
+                                   "q #%1 ~%2 *16 |F :0",
+                                   "Q|#",
+                                   "T|%1#",
+                                   "@ |Q%3",
+                                   "@ #%1 |B",
+                                   "Arduino Photostand %1",
+                                   "q?|*2 #%1 ~%2",
                                    "noise %2 ~ * #"};
         for (int run = 0; run < 40; ++run) {
             QRandomGenerator random(quint32(run + 1));
             QString stream;
             for (int i = 0; i < 30; ++i) {
-                stream += QString(lines.at(random.bounded(int(lines.size()))))
-                              .replace(QStringLiteral("%1"), QString::number(random.bounded(-50000, 50000)))
-                              .replace(QStringLiteral("%2"), QString::number(random.bounded(-50000, 50000)))
-                              .replace(QStringLiteral("%3"), QString::number(random.bounded(0, 6))) +
-                          QStringLiteral("\r\n");
+                stream +=
+                    QString(lines.at(random.bounded(int(lines.size()))))
+                        .replace(QStringLiteral("%1"),
+                                 QString::number(random.bounded(-50000, 50000)))
+                        .replace(QStringLiteral("%2"),
+                                 QString::number(random.bounded(-50000, 50000)))
+                        .replace(QStringLiteral("%3"), QString::number(random.bounded(0, 6))) +
+                    QStringLiteral("\r\n");
             }
             init();
             control_->Auswerten(stream, false);

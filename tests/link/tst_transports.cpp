@@ -83,7 +83,8 @@ class TestTransports : public QObject {
 
     // Lets the far end's bytes cross the transport and be evaluated.
     void settle() {
-        for (int i = 0; i < 20; ++i) platform_.idle(0.001);
+        for (int i = 0; i < 20; ++i)
+            platform_.idle(0.001);
     }
 
 private slots:
@@ -121,8 +122,8 @@ private slots:
         control_->Output(QStringLiteral("?#\r\n"));
         control_->Output(QStringLiteral("w100#"));
         QVERIFY(platform_.now() - start < 0.5);  // each answered at once
-        QCOMPARE(board_.received, socket ? QByteArray("t16#\r\n?#\r\nw100#\r\n")
-                                         : QByteArray("t16#?#\r\nw100#"));
+        QCOMPARE(board_.received,
+                 socket ? QByteArray("t16#\r\n?#\r\nw100#\r\n") : QByteArray("t16#?#\r\nw100#"));
         QCOMPARE(link_->sErwartet, QStringLiteral("W|"));
         if (!socket) QCOMPARE(quendrix::tag(control_->MSComm1()), QStringLiteral("A1"));
     }

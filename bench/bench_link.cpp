@@ -1,0 +1,166 @@
+// The link's costs, each against what the wire itself gives in the same run:
+//   1. Output's round trip against the raw round trip of the same pseudo-terminal and the same
+//      loopback socket, both talking to the board simulator (a separate process);
+//      target: at most 1.5 times the raw round trip.
+//   2. Processor time while Output waits 2 s for an acknowledgement that never comes;
+//      target: under 2 % of one core.
+//   3. Status lines evaluated per second by Auswerten against the line rate of a 115200-baud
+//      wire; target: at least 100 times the wire rate.
+// Usage: bench_link [round trips per transport, default 300]
+#include "link/link.h"
+
+#include <quendrix/ctlQuendrix.h>
+
+#include <sys/resource.h>
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSerialPort>
+#include <QTcpSocket>
+#include <cstdio>
+
+namespace {
+
+double processorSeconds() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+           double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
+// The simulator as its own process, so that its timing does not share our event loop.
+struct Simulator {
+    QProcess process;
+    QString serial;
+    quint16 port = 0;
+
+    bool start(const QStringList& arguments) {
+        process.start(
+            QCoreApplication::applicationDirPath() + QStringLiteral("/../sim/quendrix-sim"),
+            arguments);
+        if (!process.waitForStarted(5000)) return false;
+        QString printed;
+        while ((serial.isEmpty() || (arguments.contains(QStringLiteral("--tcp")) && port == 0)) &&
+               process.waitForReadyRead(5000)) {
+            printed += QString::fromLocal8Bit(process.readAllStandardOutput());
+            const auto serialMatch =
+                QRegularExpression(QStringLiteral("serial: (\\S+)")).match(printed);
+            const auto tcpMatch =
+                QRegularExpression(QStringLiteral("tcp: [^:\\s]+:(\\d+)")).match(printed);
+            if (serialMatch.hasMatch()) serial = serialMatch.captured(1);
+            if (tcpMatch.hasMatch()) port = quint16(tcpMatch.captured(1).toUInt());
+        }
+        return !serial.isEmpty();
+    }
+    ~Simulator() {
+        process.terminate();
+        process.waitForFinished(3000);
+    }
+};
+
+// Writes a command and blocks until its acknowledgement line has arrived.
+double rawRoundTrips(QIODevice& device, const QByteArray& command, int count) {
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < count; ++i) {
+        device.write(command);
+        QByteArray reply;
+        while (!reply.contains("\r\n") && device.waitForReadyRead(2000))
+            reply += device.readAll();
+    }
+    return timer.nsecsElapsed() / 1e9 / count;
+}
+
+double outputRoundTrips(ctlQuendrix& control, const QString& command, int count) {
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < count; ++i)
+        control.Output(command);
+    return timer.nsecsElapsed() / 1e9 / count;
+}
+
+bool openSerial(QSerialPort& port, const QString& path) {
+    port.setPortName(path);
+    port.setBaudRate(115200);
+    return port.open(QIODevice::ReadWrite);
+}
+
+void compareRoundTrips(int count) {
+    Simulator sim;
+    if (!sim.start({QStringLiteral("--serial"), QStringLiteral("--tcp"), QStringLiteral("0")})) {
+        std::printf("round trip: the simulator did not start\n");
+        return;
+    }
+    ctlQuendrix control;
+    control.link()->bQuittiert = true;
+
+    QSerialPort raw;
+    if (!openSerial(raw, sim.serial)) return;
+    const double rawSerial = rawRoundTrips(raw, "w800#", count);
+    raw.close();
+    if (!openSerial(*control.MSComm1(), sim.serial)) return;
+    const double viaOutput = outputRoundTrips(control, QStringLiteral("w800#"), count);
+    control.MSComm1()->close();
+    std::printf("serial round trip: raw %.3f ms, Output %.3f ms, ratio %.2f (target <= 1.5)\n",
+                rawSerial * 1e3, viaOutput * 1e3, viaOutput / rawSerial);
+
+    QTcpSocket rawSocket;
+    rawSocket.connectToHost(QHostAddress::LocalHost, sim.port);
+    if (!rawSocket.waitForConnected(3000)) return;
+    const double rawTcp = rawRoundTrips(rawSocket, "w800#\r\n", count);
+    rawSocket.disconnectFromHost();
+    if (rawSocket.state() != QAbstractSocket::UnconnectedState) rawSocket.waitForDisconnected(1000);
+    control.Telnet1()->connectToHost(QHostAddress::LocalHost, sim.port);
+    if (!control.Telnet1()->waitForConnected(3000)) return;
+    control.wifi = true;
+    const double tcpOutput = outputRoundTrips(control, QStringLiteral("w800#"), count);
+    std::printf("socket round trip: raw %.3f ms, Output %.3f ms, ratio %.2f (target <= 1.5)\n",
+                rawTcp * 1e3, tcpOutput * 1e3, tcpOutput / rawTcp);
+}
+
+void measureUnansweredWait() {
+    Simulator sim;
+    if (!sim.start({QStringLiteral("--serial"), QStringLiteral("--rig"), QStringLiteral("silent")}))
+        return;
+    ctlQuendrix control;
+    if (!openSerial(*control.MSComm1(), sim.serial)) return;
+    control.link()->bQuittiert = true;
+    QElapsedTimer wall;
+    const double before = processorSeconds();
+    wall.start();
+    control.Output(QStringLiteral("r#"));
+    const double seconds = wall.nsecsElapsed() / 1e9;
+    const double share = (processorSeconds() - before) / seconds;
+    std::printf(
+        "unanswered Output: %.2f s waited, processor share %.3f %% of one core (target < 2 %%)\n",
+        seconds, 100 * share);
+}
+
+void measureEvaluation() {
+    ctlQuendrix control;
+    control.link()->sErwartet = QStringLiteral("T|");
+    const QString line = QStringLiteral("q #123456 ~123450 *16 |B\r\n");
+    const int count = 100000;
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < count; ++i)
+        control.Auswerten(line, false);
+    const double perSecond = count / (timer.nsecsElapsed() / 1e9);
+    const double wirePerSecond = 115200.0 / 10 / line.size();  // 8N1: ten bits a byte
+    std::printf(
+        "evaluation: %.0f status lines/s, a 115200-baud wire carries %.0f lines/s, "
+        "ratio %.0f (target >= 100)\n",
+        perSecond, wirePerSecond, perSecond / wirePerSecond);
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    QApplication app(argc, argv);
+    const int count = argc > 1 ? QByteArray(argv[1]).toInt() : 300;
+    compareRoundTrips(count);
+    measureUnansweredWait();
+    measureEvaluation();
+    return 0;
+}

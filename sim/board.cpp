@@ -1,0 +1,535 @@
+#include "sim/board.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace quendrix::sim {
+
+namespace {
+
+// The leading whole number of a value: an optional sign and digits; empty without a digit.
+std::optional<qint64> leadingNumber(const QByteArray& value) {
+    int i = 0;
+    const bool negative = value.startsWith('-');
+    if (negative || value.startsWith('+')) ++i;
+    qint64 number = 0;
+    bool any = false;
+    for (; i < value.size() && value[i] >= '0' && value[i] <= '9'; ++i) {
+        number = std::min<qint64>(number * 10 + (value[i] - '0'), 1'000'000'000'000LL);
+        any = true;
+    }
+    if (!any) return std::nullopt;
+    return negative ? -number : number;
+}
+
+int toInt(qint64 n) {
+    return int(
+        std::clamp<qint64>(n, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+}
+
+char upper(char c) {
+    return c >= 'a' && c <= 'z' ? char(c - 32) : c;
+}
+bool isUpper(char c) {
+    return c >= 'A' && c <= 'Z';
+}
+char lower(char c) {
+    return isUpper(c) ? char(c + 32) : c;
+}
+
+QByteArray number(qint64 n) {
+    return QByteArray::number(n);
+}
+
+}  // namespace
+
+int Board::Turn::passedAt(double t) const {
+    const int distance = std::abs(to - from);
+    const int done =
+        std::min(distance, int(std::floor((t - start) / changerSecondsPerPosition + 1e-9)));
+    return from + (to > from ? 1 : -1) * std::max(0, done);
+}
+
+Board::Board(Options options)
+    : options_(options),
+      random_(options.faults.seed),
+      replies_(random_, options.faults.splitReplies) {
+    powerOn();
+    scheduleNoise(0);
+}
+
+int Board::axisCount() const {
+    return options_.rig == Rig::Bellows ? 2 : 1;
+}
+
+QByteArray Board::identification() const {
+    switch (options_.rig) {
+        case Rig::Bellows:
+            return options_.motorPowerOff ? "Arduino Photostand Motorspannung aus"
+                                          : "Arduino Photostand";
+        case Rig::LensChanger: {
+            const char id[] = {'@', '%', '\x80'};
+            return QByteArray("Arduino Photostepper ") + id[int(options_.drive)];
+        }
+        case Rig::Microscope:
+            return "Arduino Mikroskop";
+        case Rig::Binocular:
+            return "Arduino Binokular";
+        case Rig::UnknownArduino:
+            return "Arduino Nano bereit";
+        case Rig::Silent:
+            break;
+    }
+    return {};
+}
+
+void Board::powerOn() {
+    axes_ = {};
+    moves_ = {};
+    for (AxisState& axis : axes_)
+        axis.encoder = axis.position + options_.encoderOffset;
+    changer_ = 0;
+    turn_.reset();
+    lights_ = {};
+    rotateCount_ = lastRotate_ = 0;
+}
+
+void Board::linkOpened(double now) {
+    clock_ = std::max(clock_, now);
+    powerOn();
+    framer_.clear();
+    replies_.clear();
+    linkOpen_ = true;
+    bootEnd_ = clock_ + options_.faults.bootDelay;
+    commandsThisLink_ = 0;
+    disconnectRequested_ = false;
+    scheduleNoise(bootEnd_);
+}
+
+void Board::linkClosed(double now) {
+    runUntil(now);
+    linkOpen_ = false;
+    framer_.clear();
+    replies_.clear();
+    nextNoise_.reset();
+}
+
+void Board::setReceivedObserver(std::function<void(const Received&)> observer) {
+    observer_ = std::move(observer);
+}
+
+void Board::receive(const QByteArray& bytes, double now) {
+    runUntil(now);
+    if (!linkOpen_ || booting(clock_) || disconnectRequested_) return;
+    for (const QByteArray& text : framer_.feed(bytes)) {
+        received_.append(Received{text, clock_});
+        if (observer_) observer_(received_.back());
+        const char letter = text.front();
+        const char terminator = text.back();
+        const QByteArray value = text.mid(1, text.size() - 2);
+        if (options_.rig != Rig::Silent)
+            execute(Command{text, letter, terminator, value, leadingNumber(value)}, clock_);
+        const int limit = options_.faults.disconnectAfter;
+        if (limit > 0 && ++commandsThisLink_ >= limit) {
+            disconnectRequested_ = true;
+            break;
+        }
+    }
+}
+
+QByteArray Board::output(double now) {
+    runUntil(now);
+    return replies_.take(clock_);
+}
+
+void Board::advance(double now) {
+    runUntil(now);
+}
+
+std::optional<double> Board::nextDue() const {
+    const std::optional<double> reply = replies_.nextDue();
+    const std::optional<double> event = nextEvent();
+    if (reply && event) return std::min(*reply, *event);
+    return reply ? reply : event;
+}
+
+AxisState Board::axis(int index) const {
+    AxisState state = axes_.at(index);
+    state.moving = moves_.at(index).has_value();
+    return state;
+}
+
+void Board::setPosition(int axis, qint32 steps) {
+    // The counter is set; a running move goes on by the same number of steps from there.
+    if (moves_.at(axis)) moves_[axis]->shift(steps - axes_[axis].position);
+    moveTo(axis, steps);
+}
+
+void Board::moveTo(int axis, qint32 steps) {
+    axes_[axis].position = steps;
+    axes_[axis].encoder = steps + options_.encoderOffset;
+}
+
+// --- Commands ----------------------------------------------------------------------------
+
+void Board::execute(const Command& command, double now) {
+    Reply reply;
+    if (command.terminator == '!')
+        reply = lightCommand(command);
+    else if (command.letter == '?')
+        reply = query(command, now);
+    else
+        reply = motionCommand(command, now);
+    if (reply == Reply::Unknown) send("unbekannt: " + command.text, now);
+    if (reply == Reply::Acknowledge) acknowledge(command, now);
+}
+
+Board::Reply Board::motionCommand(const Command& command, double now) {
+    const char letter = command.letter;
+    const int n = toInt(command.number.value_or(0));
+    if (letter == 'Q') {
+        acknowledge(command, now);
+        for (int a = 0; a < 2; ++a)
+            if (moves_[a]) finishMove(a, now, true);
+        lights_.channel = {};
+        lights_.module = false;
+        return Reply::Done;
+    }
+    if (options_.rig == Rig::LensChanger && QByteArray("hijkg").contains(letter)) {
+        acknowledge(command, now);
+        turnChanger(int(QByteArray("hijkg").indexOf(letter)), now);
+        return Reply::Done;
+    }
+    if (QByteArray("trsvzwgmpceax").contains(lower(letter))) {
+        const int axis = isUpper(letter) ? 1 : 0;
+        if (axis >= axisCount()) return Reply::Acknowledge;  // no such axis: nothing moves
+        return axisCommand(command, axis, now);
+    }
+    switch (letter) {
+        case 'l':
+        case 'L':
+            lights_.channel[isUpper(letter)] = n != 0;
+            return Reply::Acknowledge;
+        case 'd':
+        case 'D':
+            lights_.brightness[isUpper(letter)] = n;
+            return Reply::Acknowledge;
+        case 'b':
+        case 'y':
+        case 'h':
+        case 'H':
+            return Reply::Acknowledge;
+        default:
+            return Reply::Unknown;
+    }
+}
+
+Board::Reply Board::axisCommand(const Command& command, int a, double now) {
+    AxisState& axis = axes_[a];
+    const std::optional<qint64> value = command.number;
+    const int n = toInt(value.value_or(0));
+    switch (lower(command.letter)) {
+        case 't':
+            if (!value || *value == 1) return Reply::Acknowledge;  // settings taken over
+            if (options_.rig == Rig::LensChanger && options_.drive == Drive::Can && *value >= 0) {
+                AxisState toward = axis;  // an absolute target; the direction setting stays
+                toward.direction = *value >= axis.position ? 1 : 0;
+                startMove(a, Move::travel(toward, std::abs(*value - axis.position), now), command,
+                          now);
+            } else {
+                startMove(a, Move::travel(axis, std::abs(*value), now), command, now);
+            }
+            return Reply::Done;
+        case 'r':
+            startMove(a, Move::travel(axis, std::nullopt, now), command, now);
+            return Reply::Done;
+        case 's':
+            acknowledge(command, now);
+            if (moves_[a]) finishMove(a, now, true);
+            return Reply::Done;
+        case 'v':
+        case 'z':
+            setDirection(a, lower(command.letter) == 'v' ? 1 : 0, command, now);
+            return Reply::Done;
+        case 'w':
+            if (value && n > 0) axis.pause = n;
+            if (value && n <= 0) axis.startTime = n;
+            return Reply::Acknowledge;
+        case 'g':
+            if (value && n >= 0 && n <= 4) axis.microExponent = n;
+            if (value && n < 0) axis.stepStage = n;
+            return Reply::Acknowledge;
+        case 'm':
+            if (value) axis.maxPosition = n;
+            return Reply::Acknowledge;
+        case 'p':
+            if (value) setPosition(a, n);
+            return Reply::Acknowledge;
+        case 'c':
+            axis.inversion = n;
+            return Reply::Acknowledge;
+        case 'e':
+            axis.limits = n != 0;
+            return Reply::Acknowledge;
+        case 'a':
+            axis.backlash = n;
+            return Reply::Acknowledge;
+        case 'x':
+            if (value)
+                axis.optics = n;
+            else
+                setPosition(a, 0);
+            return Reply::Acknowledge;
+    }
+    return Reply::Unknown;
+}
+
+Board::Reply Board::lightCommand(const Command& command) {
+    const int n = toInt(command.number.value_or(0));
+    switch (command.letter) {
+        case 'l':
+            lights_.module = n != 0;
+            break;
+        case 'd':
+            lights_.moduleBrightness = n;
+            break;
+        case 'm':
+            lights_.moduleSelect = n;
+            break;
+        case 't':
+        case 'T':
+            lights_.ringMode = n;
+            break;
+        case 's':
+            if (command.value.startsWith('-'))
+                lights_.segments.remove(-n);
+            else
+                lights_.segments.insert(n);
+            break;
+        case 'w':
+            lights_.white = n;
+            break;
+        case 'r':
+            lights_.red = n;
+            break;
+        case 'f':
+            lights_.green = n;
+            break;
+        case 'b':
+            lights_.blue = n;
+            break;
+        case 'q':
+            ++rotateCount_;
+            lastRotate_ = n;
+            break;
+        default:
+            return Reply::Unknown;
+    }
+    return Reply::Acknowledge;
+}
+
+Board::Reply Board::query(const Command& command, double now) {
+    if (command.value.isEmpty()) {
+        send(identification(), now);
+        return Reply::Done;
+    }
+    if (command.value == "0") {
+        send(queryLine(0), now);
+        return Reply::Done;
+    }
+    if (command.value == "1") {
+        send(axisCount() > 1 ? queryLine(1) : QByteArray("Q?| keine Achse"), now);
+        return Reply::Done;
+    }
+    return Reply::Unknown;
+}
+
+// --- Motion ------------------------------------------------------------------------------
+
+void Board::startMove(int a, const Move& move, const Command& command, double now) {
+    moves_[a].reset();  // a new move replaces a running one without a finishing line
+    send(movingLine(a), now);
+    acknowledge(command, now);
+    moves_[a] = move;
+    if (move.end <= now) finishMove(a, now, false);
+}
+
+void Board::setDirection(int a, int direction, const Command& command, double now) {
+    AxisState& axis = axes_[a];
+    const bool changes = axis.direction != direction;
+    axis.direction = direction;
+    if (axis.backlash < 1) {
+        acknowledge(command, now);
+        return;
+    }
+    // With backlash the component waits for "|F" instead of an acknowledgement.
+    moves_[a].reset();
+    if (!changes) {
+        send(finishedLine(a), now);
+        return;
+    }
+    send(movingLine(a), now);
+    moves_[a] = Move::takeUp(axis, now);
+}
+
+void Board::finishMove(int a, double now, bool stopped) {
+    const Move move = *moves_[a];
+    moves_[a].reset();
+    moveTo(a, stopped ? move.positionAt(now) : move.to);
+    if (!stopped && !move.limitNotice.isEmpty())
+        send(statusPrefix(a) + " |! Endschalter " + move.limitNotice, now);
+    if (move.kind != Move::Kind::TakeUp) send(movingLine(a), now);
+    send(finishedLine(a), now);
+}
+
+void Board::turnChanger(int to, double now) {
+    turn_.reset();  // a new choice turns from wherever the changer is now
+    if (to == changer_) {
+        send(changerFinishedLine(), now);
+        return;
+    }
+    turn_ = Turn{changer_, to, now, now + changerSecondsPerPosition * std::abs(to - changer_)};
+}
+
+void Board::runUntil(double now) {
+    // Events within a nanosecond of `now` are due: a move of 1000 steps at 2500 steps/s
+    // started at 0.8 s ends at 1.2 s, whatever the rounding of its end time.
+    constexpr double slack = 1e-9;
+    now = std::max(now, clock_);
+    for (;;) {
+        const auto [time, source] = earliestEvent();
+        if (source == Source::None || time > now + slack) break;
+        clock_ = std::max(clock_, time);
+        processEvent(source, time);
+    }
+    clock_ = std::max(clock_, now);
+    for (int a = 0; a < 2; ++a)
+        if (moves_[a]) moveTo(a, moves_[a]->positionAt(now));
+    if (turn_) changer_ = turn_->passedAt(now);
+}
+
+std::pair<double, Board::Source> Board::earliestEvent() const {
+    std::pair<double, Source> best{0, Source::None};
+    auto consider = [&best](double time, Source source) {
+        if (best.second == Source::None || time < best.first) best = {time, source};
+    };
+    if (moves_[0]) consider(moves_[0]->nextEvent(), Source::Axis0);
+    if (moves_[1]) consider(moves_[1]->nextEvent(), Source::Axis1);
+    if (turn_) consider(nextTickOrEnd(turn_->start, turn_->end, turn_->ticksSent), Source::Changer);
+    if (nextNoise_) consider(*nextNoise_, Source::Noise);
+    return best;
+}
+
+std::optional<double> Board::nextEvent() const {
+    const auto [time, source] = earliestEvent();
+    if (source == Source::None) return std::nullopt;
+    return time;
+}
+
+void Board::processEvent(Source source, double t) {
+    if (source == Source::Noise) {
+        sendNoise(t);
+        scheduleNoise(t);
+    } else if (source == Source::Changer) {
+        Turn& turn = *turn_;
+        if (nextTickOrEnd(turn.start, turn.end, turn.ticksSent) >= turn.end) {
+            changer_ = turn.to;
+            turn_.reset();
+            send(changerFinishedLine(), t);
+        } else {
+            ++turn.ticksSent;
+            changer_ = turn.passedAt(t);
+            send("@ |Q" + number(changer_), t);
+        }
+    } else {
+        const int a = source == Source::Axis0 ? 0 : 1;
+        Move& move = *moves_[a];
+        if (move.nextEvent() >= move.end) {
+            finishMove(a, t, false);
+        } else {
+            ++move.ticksSent;
+            moveTo(a, move.positionAt(t));
+            send(movingLine(a), t);
+        }
+    }
+}
+
+// --- Lines -------------------------------------------------------------------------------
+
+QByteArray Board::statusPrefix(int a) const {
+    if (options_.rig == Rig::LensChanger) return "@";
+    return a == 0 ? "q" : "Q";
+}
+
+QByteArray Board::axisFields(int a) const {
+    const AxisState& axis = axes_[a];
+    QByteArray fields = " #" + number(axis.position) + " ~" + number(axis.encoder);
+    if (options_.microSteps) fields += " *" + number(axis.divisor());
+    return fields;
+}
+
+QByteArray Board::movingLine(int a) const {
+    if (options_.rig == Rig::LensChanger) return "@ #" + number(axes_[a].position) + " |B";
+    return statusPrefix(a) + axisFields(a) + " |B";
+}
+
+QByteArray Board::finishedLine(int a) const {
+    if (options_.rig == Rig::LensChanger) return changerFinishedLine();
+    return statusPrefix(a) + axisFields(a) + " |F :0";
+}
+
+QByteArray Board::changerFinishedLine() const {
+    return "@ |F" + number(changer_) + " #" + number(axes_[0].position);
+}
+
+QByteArray Board::queryLine(int a) const {
+    const AxisState& axis = axes_[a];
+    if (options_.rig == Rig::LensChanger)
+        return "@ ?| |?" + number(changer_) + " #" + number(axis.position);
+    QByteArray line = statusPrefix(a) + "?|";
+    if (options_.microSteps) line += "*" + number(axis.divisor());
+    return line + " #" + number(axis.position) + " ~" + number(axis.encoder);
+}
+
+void Board::send(const QByteArray& line, double now) {
+    if (!linkOpen_ || line.isEmpty()) return;
+    QByteArray bytes;
+    if (random_.chance(options_.faults.strayLeadByteProbability)) bytes += '\xC2';
+    bytes += line + "\r\n";
+    replies_.add(bytes, now + options_.faults.replyDelay);
+}
+
+void Board::acknowledge(const Command& command, double now) {
+    ++acksSent_;
+    const int every = options_.faults.dropAckEvery;
+    if (every > 0 && acksSent_ % every == 0) return;
+    if (random_.chance(options_.faults.dropAckProbability)) return;
+    send(upper(command.letter) + QByteArray("|") + command.text.mid(1), now);
+}
+
+void Board::scheduleNoise(double after) {
+    const double rate = options_.faults.noisePerSecond;
+    if (rate <= 0 || !linkOpen_ || options_.rig == Rig::Silent) {
+        nextNoise_.reset();
+        return;
+    }
+    nextNoise_ = after - std::log(1 - random_.uniform()) / rate;
+}
+
+void Board::sendNoise(double now) {
+    // Printable garbage that can pass for neither a status line, nor an acknowledgement of a
+    // two-axis or lens-changer board, nor identification or error text: no "q", "Q", "|",
+    // "@", and with neither "A" nor "u", never "Arduino" or "unbekannt".
+    static const QByteArray forbidden = "qQ|@Au";
+    QByteArray line;
+    const int length = 3 + random_.below(22);
+    while (line.size() < length) {
+        const char c = char(0x20 + random_.below(0x7F - 0x20));
+        if (forbidden.contains(c) || (line.isEmpty() && c == ' ')) continue;
+        line += c;
+    }
+    send(line, now);
+}
+
+}  // namespace quendrix::sim

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "sim/frontend.h"
+
+#include <QString>
+#include <memory>
+
+class QSocketNotifier;
+
+namespace quendrix::sim {
+
+// Serves the board on a pseudo-terminal (Linux): the component opens the slave device like a
+// serial port. The master reports a hang-up while no one holds the slave open; the front end
+// takes the end of the hang-up as the port being opened (the board resets and boots) and its
+// return as the port being closed. Closing and reopening the slave works any number of times.
+// A disconnect the board asks for closes the pseudo-terminal and opens a new one, whose path
+// differs; a symbolic link made with linkTo() follows it.
+class PtyFrontEnd : public FrontEnd {
+    Q_OBJECT
+public:
+    PtyFrontEnd(Board& board, Clock clock, QObject* parent = nullptr);
+    ~PtyFrontEnd() override;
+
+    bool open(QString* error = nullptr);
+    void close();
+    bool isOpen() const { return master_ >= 0; }
+    QString devicePath() const { return path_; }  // the slave, e.g. /dev/pts/7
+    // Makes (or replaces) a symbolic link to the device; it is removed on close().
+    bool linkTo(const QString& symlinkPath, QString* error = nullptr);
+
+    void pump() override;
+
+signals:
+    void devicePathChanged(const QString& path);
+
+protected:
+    void write(const QByteArray& bytes) override;
+    void dropLink() override;
+    void autoPumpChanged() override;
+
+private:
+    bool openMaster(QString* error);
+    void closeMaster();
+    bool makeLink(QString* error);
+    void removeLink();
+    QByteArray readMaster();
+    void flushWrites();
+    void updateNotifier();
+
+    int master_ = -1;
+    QString path_;
+    QString linkPath_;
+    QByteArray unwritten_;
+    std::unique_ptr<QSocketNotifier> notifier_;
+};
+
+}  // namespace quendrix::sim

@@ -1,0 +1,228 @@
+// The command channel against the board simulator over a real pseudo-terminal and a real
+// loopback socket, on the scripted clock (the simulator runs on the same clock).
+#include "link/link.h"
+#include "sim/board.h"
+#include "sim/ptyfrontend.h"
+#include "sim/tcpfrontend.h"
+#include "support/testplatform.h"
+
+#include <quendrix/ctlQuendrix.h>
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QSerialPort>
+#include <QTcpSocket>
+#include <QtTest>
+
+namespace sim = quendrix::sim;
+using quendrix::Link;
+
+namespace {
+
+// What the rest of the control reads after a conversation with the board.
+struct State {
+    std::array<qint32, 2> positions, encoders;
+    std::array<QString, 3> kennText;
+    QString microTag;
+    bool operator==(const State&) const = default;
+};
+
+}  // namespace
+
+class TestChannel : public QObject {
+    Q_OBJECT
+
+    TestPlatform platform_;
+    std::unique_ptr<sim::Board> board_;
+    std::unique_ptr<sim::FrontEnd> front_;
+    std::unique_ptr<ctlQuendrix> control_;
+    Link* link_ = nullptr;
+
+    // Starts a board of the given kind on one transport and opens the control's side of it.
+    void connect(bool socket, const sim::Options& options = {}) {
+        platform_ = TestPlatform();
+        platform_.realSecondsPerIdle = 0.001;
+        board_ = std::make_unique<sim::Board>(options);
+        control_ = std::make_unique<ctlQuendrix>();
+        control_->setPlatform(&platform_);
+        control_->setKennung(QStringLiteral("qQ"));
+        link_ = control_->link();
+        const auto clock = [this] { return platform_.now(); };
+        if (socket) {
+            auto tcp = std::make_unique<sim::TcpFrontEnd>(*board_, clock);
+            QVERIFY(tcp->listen());
+            control_->Telnet1()->connectToHost(QHostAddress::LocalHost, tcp->port());
+            QVERIFY(control_->Telnet1()->waitForConnected(5000));
+            control_->wifi = true;
+            front_ = std::move(tcp);
+        } else {
+            auto pty = std::make_unique<sim::PtyFrontEnd>(*board_, clock);
+            QVERIFY(pty->open());
+            control_->MSComm1()->setPortName(pty->devicePath());
+            control_->MSComm1()->setBaudRate(115200);
+            QVERIFY(control_->MSComm1()->open(QIODevice::ReadWrite));
+            control_->wifi = false;
+            front_ = std::move(pty);
+        }
+        platform_.onIdle = [this](TestPlatform&) { front_->pump(); };
+        settle(0.1);
+        link_->bQuittiert = true;
+    }
+
+    // Lets `seconds` of scripted time pass with the event loop running.
+    void settle(double seconds) {
+        const double end = platform_.now() + seconds;
+        while (platform_.now() < end)
+            platform_.idle(0.01);
+    }
+
+    // Waits (on the scripted clock) until an axis reports the end of its move.
+    bool waitForEnd(int axis, double limit = 10) {
+        const double end = platform_.now() + limit;
+        while (!link_->sKennText[axis].contains(QStringLiteral("|F")) && platform_.now() < end)
+            platform_.idle(0.01);
+        return link_->sKennText[axis].contains(QStringLiteral("|F"));
+    }
+
+    QStringList commandsReceived() const {
+        QStringList commands;
+        for (const sim::Received& r : board_->received())
+            commands.append(QString::fromLatin1(r.command));
+        return commands;
+    }
+
+    State state() const {
+        return {link_->AchsPosition, link_->encoder, link_->sKennText,
+                quendrix::tag(control_->panel()->micro0[0])};
+    }
+
+    // A short working session: pause, micro-steps, two moves, a query.
+    void session() {
+        control_->Output(QStringLiteral("w100#"));
+        control_->Output(QStringLiteral("g3#"));
+        control_->Output(QStringLiteral("v#"));
+        control_->Output(QStringLiteral("t500#"));
+        QVERIFY(waitForEnd(0));
+        control_->Output(QStringLiteral("z#"));
+        control_->Output(QStringLiteral("t200#"));
+        QVERIFY(waitForEnd(0));
+        control_->Output(QStringLiteral("?0#\r\n"));
+        settle(0.2);
+    }
+
+private slots:
+    void cleanup() {
+        platform_.onIdle = nullptr;
+        control_.reset();
+        front_.reset();
+        board_.reset();
+    }
+
+    void aMoveIsFollowedToItsEnd_data() {
+        QTest::addColumn<bool>("socket");
+        QTest::newRow("serial") << false;
+        QTest::newRow("socket") << true;
+    }
+    void aMoveIsFollowedToItsEnd() {
+        QFETCH(bool, socket);
+        connect(socket);
+        control_->Output(QStringLiteral("w100#"));
+        control_->Output(QStringLiteral("v#"));
+        control_->Output(QStringLiteral("t500#"));
+        // The board reported the start before it acknowledged: no stale end is left over.
+        QVERIFY(!link_->sKennText[0].contains(QStringLiteral("|F")));
+        QVERIFY(waitForEnd(0));
+        QCOMPARE(link_->AchsPosition[0], 500);
+        QCOMPARE(link_->encoder[0], 500);
+        QCOMPARE(control_->panel()->lblPosition1[0]->text(), QStringLiteral("500"));
+
+        control_->Output(QStringLiteral("t300#"));
+        QVERIFY(!link_->sKennText[0].contains(QStringLiteral("|F")));
+        QVERIFY(waitForEnd(0));
+        QCOMPARE(link_->AchsPosition[0], 800);
+        QCOMPARE(commandsReceived(), QStringList({"w100#", "v#", "t500#", "t300#"}));
+
+        // Axis 1 and its query answer with the micro-step division.
+        control_->Output(QStringLiteral("G2#"));
+        control_->Output(QStringLiteral("?1#\r\n"));
+        settle(0.2);
+        QVERIFY(link_->sKennText[1].contains(QStringLiteral("?|")));
+        QCOMPARE(quendrix::tag(control_->panel()->micro1[0]), QStringLiteral("2"));
+    }
+
+    void backlashIsAcknowledgedByTheEndOfTheTakeUp() {
+        connect(false);
+        control_->Output(QStringLiteral("a40#"));
+        link_->backlash[0] = 40;
+        control_->Output(QStringLiteral("w1000#"));  // 40 steps take 40 ms
+        const double start = platform_.now();
+        control_->Output(QStringLiteral("z#"));
+        QCOMPARE(link_->sErwartet, QStringLiteral("|F"));
+        QVERIFY(link_->sKennText[0].contains(QStringLiteral("|F")));
+        QVERIFY(platform_.now() - start >= 0.04 && platform_.now() - start < 0.5);
+    }
+
+    void droppedAcknowledgementsCostTheirWaits() {
+        sim::Options options;
+        options.faults.dropAckEvery = 2;
+        connect(false, options);
+        control_->Output(QStringLiteral("w800#"));
+        control_->Output(QStringLiteral("w801#"));  // its acknowledgement is dropped
+        control_->Output(QStringLiteral("w802#"));  // so this one waits before it goes
+        const QList<sim::Received>& received = board_->received();
+        QCOMPARE(received.size(), 3);
+        QVERIFY(received[1].time - received[0].time < 0.2);
+        QVERIFY(received[2].time - received[1].time >= 4 &&
+                received[2].time - received[1].time < 4.3);
+    }
+
+    void aCutStreamWithStrayBytesGivesTheSameState_data() { aMoveIsFollowedToItsEnd_data(); }
+    void aCutStreamWithStrayBytesGivesTheSameState() {
+        QFETCH(bool, socket);
+        connect(socket);
+        session();
+        const State clean = state();
+        QCOMPARE(clean.positions[0], 300);
+        QCOMPARE(clean.microTag, QStringLiteral("3"));
+        cleanup();
+
+        sim::Options faulty;
+        faulty.faults.splitReplies = true;
+        faulty.faults.strayLeadByteProbability = 1;
+        faulty.faults.seed = 7;
+        connect(socket, faulty);
+        session();
+        QCOMPARE(state(), clean);
+    }
+
+    void aBoardThatBootsIsDeafUntilItHasBooted() {
+        sim::Options options;
+        options.faults.bootDelay = 1.5;
+        connect(false, options);  // the port was opened just now
+        control_->Output(QStringLiteral("?#\r\n"));
+        QCOMPARE(link_->sKennText[1], QString());
+        settle(1.5);
+        link_->bQuittiert = true;
+        control_->Output(QStringLiteral("?#\r\n"));
+        QCOMPARE(link_->sKennText[1], QStringLiteral("Arduino Photostand"));
+        QCOMPARE(link_->sLetzteZeile, QStringLiteral("Arduino Photostand"));
+        QCOMPARE(control_->panel()->Text1[0]->text(), QStringLiteral("_> Arduino Photostand"));
+    }
+
+    void aBoardThatHangsUpLeavesTheSocketDown() {
+        sim::Options options;
+        options.faults.disconnectAfter = 2;
+        connect(true, options);
+        control_->Output(QStringLiteral("w800#"));
+        control_->Output(QStringLiteral("w800#"));
+        settle(0.2);
+        QCOMPARE(control_->Telnet1()->state(), QAbstractSocket::UnconnectedState);
+        control_->Output(QStringLiteral("s#"));
+        QCOMPARE(control_->panel()->Text1[1]->text(), QStringLiteral("Keine WiFi Verbindung"));
+        QCOMPARE(board_->received().size(), 2);
+    }
+};
+
+QTEST_MAIN(TestChannel)
+#include "tst_channel.moc"

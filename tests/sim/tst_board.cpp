@@ -1,0 +1,321 @@
+// The board simulator's engine on a scripted clock: framing, the lines the component relies
+// on, motion in simulated time, the lens changer, and every fault.
+#include "sim/board.h"
+
+#include <QtTest>
+
+using namespace quendrix::sim;
+
+namespace {
+
+QList<QByteArray> linesOf(const QByteArray& bytes) {
+    QList<QByteArray> lines = bytes.split('\n');
+    if (lines.back().isEmpty()) lines.removeLast();
+    for (QByteArray& line : lines) {
+        if (!line.endsWith('\r')) qFatal("line without CR LF: %s", line.constData());
+        line.chop(1);
+    }
+    return lines;
+}
+
+// A board and its clock, advanced by hand.
+struct Script {
+    Board board;
+    double now = 0;
+
+    explicit Script(Options options = {}) : board(options) {}
+    static Options of(Rig rig) {
+        Options options;
+        options.rig = rig;
+        return options;
+    }
+    QList<QByteArray> send(const QByteArray& bytes) {
+        board.receive(bytes, now);
+        return linesOf(board.output(now));
+    }
+    QList<QByteArray> runTo(double time) {
+        now = time;
+        return linesOf(board.output(now));
+    }
+};
+
+}  // namespace
+
+class TestBoard : public QObject {
+    Q_OBJECT
+
+private slots:
+    void framesBothWireFormsAndDropsNoise() {
+        Script s;
+        s.now = 1.5;
+        // Serial: back to back, no line ends; a command may arrive in pieces.
+        QCOMPARE(s.send("t1#w100#l"), (QList<QByteArray>{"T|1#", "W|100#"}));
+        QCOMPARE(s.send("0!"), QList<QByteArray>{"L|0!"});
+        // Socket: CR LF after each; blanks and NUL between commands are skipped.
+        QCOMPARE(s.send(QByteArray("?0#\r\n \0e1#\r\n", 12)),
+                 (QList<QByteArray>{"q?|*1 #0 ~0", "E|1#"}));
+        // More than 32 bytes without a terminator are noise; the next command counts.
+        QCOMPARE(s.send(QByteArray(33, 'x') + "\r\nb#"), QList<QByteArray>{"B|#"});
+        QCOMPARE(s.board.received().size(), 6);
+        QCOMPARE(s.board.received()[2].command, QByteArray("l0!"));
+        QCOMPARE(s.board.received()[5].command, QByteArray("b#"));
+        QCOMPARE(s.board.received()[5].time, 1.5);
+        s.board.clearReceived();
+        QVERIFY(s.board.received().isEmpty());
+    }
+
+    void answersEachCommandAsTheComponentExpects_data() {
+        QTest::addColumn<QByteArray>("command");
+        QTest::addColumn<QByteArray>("reply");
+        QTest::newRow("setting, axis 1") << QByteArray("W100#") << QByteArray("W|100#");
+        QTest::newRow("settings over") << QByteArray("T1#") << QByteArray("T|1#");
+        QTest::newRow("light module") << QByteArray("l0!") << QByteArray("L|0!");
+        QTest::newRow("ring segment off") << QByteArray("s-3!") << QByteArray("S|-3!");
+        QTest::newRow("rotate") << QByteArray("q-2!") << QByteArray("Q|-2!");
+        QTest::newRow("quit") << QByteArray("Q#") << QByteArray("Q|#");
+        QTest::newRow("reset position") << QByteArray("x#") << QByteArray("X|#");
+        QTest::newRow("no changer here") << QByteArray("h0#") << QByteArray("H|0#");
+        QTest::newRow("micro-step, no value") << QByteArray("G#") << QByteArray("G|#");
+        QTest::newRow("unknown letter") << QByteArray("k5#") << QByteArray("unbekannt: k5#");
+        QTest::newRow("unknown setting") << QByteArray("Z7!") << QByteArray("unbekannt: Z7!");
+        QTest::newRow("query axis 1") << QByteArray("?1#") << QByteArray("Q?|*1 #0 ~0");
+    }
+    void answersEachCommandAsTheComponentExpects() {
+        QFETCH(QByteArray, command);
+        QFETCH(QByteArray, reply);
+        Script s;
+        QCOMPARE(s.send(command), QList<QByteArray>{reply});
+        // The serial side takes any line without q/Q as the acknowledgement.
+        if (!command.startsWith('q') && !command.startsWith('Q') && command != "?1#")
+            QVERIFY(!reply.contains('q') && !reply.contains('Q'));
+    }
+
+    void identifiesEachRig() {
+        const QList<QPair<Options, QByteArray>> cases = [] {
+            Options power = Script::of(Rig::Bellows), dc = Script::of(Rig::LensChanger),
+                    stepper = dc;
+            power.motorPowerOff = true;
+            dc.drive = Drive::Dc;
+            stepper.drive = Drive::Stepper;
+            return QList<QPair<Options, QByteArray>>{
+                {Script::of(Rig::Bellows), "Arduino Photostand"},
+                {power, "Arduino Photostand Motorspannung aus"},
+                {Script::of(Rig::LensChanger), "Arduino Photostepper @"},
+                {dc, "Arduino Photostepper %"},
+                {stepper, "Arduino Photostepper \x80"},
+                {Script::of(Rig::Microscope), "Arduino Mikroskop"},
+                {Script::of(Rig::Binocular), "Arduino Binokular"},
+                {Script::of(Rig::UnknownArduino), "Arduino Nano bereit"}};
+        }();
+        for (const auto& [options, line] : cases) {
+            Script s(options);
+            QCOMPARE(s.send("?#\r\n"), QList<QByteArray>{line});
+        }
+        Script microscope(Script::of(Rig::Microscope));
+        QCOMPARE(microscope.send("?1#\r\n"), QList<QByteArray>{"Q?| keine Achse"});
+        QCOMPARE(microscope.send("T100#"), QList<QByteArray>{"T|100#"});
+        QVERIFY(!microscope.board.nextDue());  // nothing moves
+        // The silent board hears (and records) but never answers.
+        Script silent(Script::of(Rig::Silent));
+        QVERIFY(silent.send("?#\r\nt100#r#").isEmpty());
+        QVERIFY(silent.runTo(10).isEmpty());
+        QCOMPARE(silent.board.received().size(), 3);
+    }
+
+    void moveReportsItsStartBeforeTheAckAndFollowsThePause() {
+        Options options;
+        options.encoderOffset = 5;
+        Script s(options);
+        QCOMPARE(s.send("g3#p200#"), (QList<QByteArray>{"G|3#", "P|200#"}));
+        QCOMPARE(s.send("t1000#"), (QList<QByteArray>{"q #200 ~205 *8 |B", "T|1000#"}));
+        QCOMPARE(s.runTo(0.1), QList<QByteArray>{"q #325 ~330 *8 |B"});  // 1250 steps/s
+        QCOMPARE(s.runTo(0.75).size(), 6);
+        QCOMPARE(s.board.axis(0).position, 1137);
+        QVERIFY(s.board.axis(0).moving);
+        QCOMPARE(s.runTo(0.8),
+                 (QList<QByteArray>{"q #1200 ~1205 *8 |B", "q #1200 ~1205 *8 |F :0"}));
+        QVERIFY(!s.board.axis(0).moving);
+        // Twice the speed at half the pause, backwards, on axis 1.
+        s.send("W400#Z#");
+        const QList<QByteArray> start = s.send("T1000#");
+        QCOMPARE(start.first(), QByteArray("Q #0 ~5 *1 |B"));
+        QVERIFY(s.runTo(1.19).back().endsWith("|B"));
+        QCOMPARE(s.runTo(1.2).back(), QByteArray("Q #-1000 ~-995 *1 |F :0"));
+        // Without micro-step switching there is no divisor field.
+        options.microSteps = false;
+        Script plain(options);
+        QCOMPARE(plain.send("?0#t0#"), (QList<QByteArray>{"q?| #0 ~5", "q #0 ~5 |B", "T|0#",
+                                                          "q #0 ~5 |B", "q #0 ~5 |F :0"}));
+    }
+
+    void limitSwitchesEndMovesAndRuns() {
+        Script s;
+        s.send("e1#m500#t1000#");
+        QCOMPARE(s.runTo(0.4).mid(3),
+                 (QList<QByteArray>{"q |! Endschalter oben", "q #500 ~500 *1 |B",
+                                    "q #500 ~500 *1 |F :0"}));
+        s.send("z#r#");
+        QCOMPARE(s.runTo(1.0).back(), QByteArray("q #0 ~0 *1 |F :0"));
+        // At the limit already: the move ends where it starts.
+        QCOMPARE(s.send("t10#").mid(2), (QList<QByteArray>{"q |! Endschalter unten",
+                                                           "q #0 ~0 *1 |B", "q #0 ~0 *1 |F :0"}));
+        // Without limit switches the axis goes below 0.
+        s.send("e0#t10#");
+        s.runTo(2);
+        QCOMPARE(s.board.axis(0).position, -10);
+    }
+
+    void continuousRunGoesOnUntilStopped() {
+        Script s;
+        s.send("Z#R#");
+        s.runTo(1.0);
+        QCOMPARE(s.board.axis(1).position, -1250);
+        s.now = 1.05;
+        QCOMPARE(s.send("S#"),
+                 (QList<QByteArray>{"S|#", "Q #-1312 ~-1312 *1 |B", "Q #-1312 ~-1312 *1 |F :0"}));
+        QCOMPARE(s.send("S#"), QList<QByteArray>{"S|#"});  // nothing left to finish
+        QVERIFY(!s.board.nextDue());
+    }
+
+    void backlashIsTakenUpWithoutAnAcknowledgement() {
+        Script s;
+        QCOMPARE(s.send("z#"), QList<QByteArray>{"Z|#"});  // no backlash: a plain ack
+        s.send("p100#a10#");
+        // The direction changes: the take-up reports its start and, 10 pauses later, "|F".
+        QCOMPARE(s.send("v#"), QList<QByteArray>{"q #100 ~100 *1 |B"});
+        QVERIFY(s.runTo(0.0079).isEmpty());
+        QCOMPARE(s.runTo(0.008), QList<QByteArray>{"q #100 ~100 *1 |F :0"});
+        // No change of direction: "|F" at once.
+        QCOMPARE(s.send("v#"), QList<QByteArray>{"q #100 ~100 *1 |F :0"});
+        QCOMPARE(s.board.axis(0).position, 100);
+    }
+
+    void lensChangerTurnsAndReportsItsPosition() {
+        Script s(Script::of(Rig::LensChanger));
+        QCOMPARE(s.send("k Macro 50#"), QList<QByteArray>{"K| Macro 50#"});
+        QCOMPARE(s.runTo(0.5), (QList<QByteArray>{"@ |Q0", "@ |Q0", "@ |Q0", "@ |Q0", "@ |Q1"}));
+        QCOMPARE(s.runTo(1.5).back(), QByteArray("@ |F3 #0"));
+        QCOMPARE(s.send("?0#"), QList<QByteArray>{"@ ?| |?3 #0"});
+        QCOMPARE(s.send("k#"), (QList<QByteArray>{"K|#", "@ |F3 #0"}));  // already there
+        // Axis 0 of a CAN drive: "t n#" is absolute, "t-n#" relative in the set direction.
+        s.send("p100#");
+        QCOMPARE(s.send("t50#"), (QList<QByteArray>{"@ #100 |B", "T|50#"}));
+        QCOMPARE(s.runTo(3), (QList<QByteArray>{"@ #50 |B", "@ |F3 #50"}));
+        s.send("t-100#");
+        QCOMPARE(s.runTo(5).back(), QByteArray("@ |F3 #150"));
+        QCOMPARE(s.board.axis(0).direction, 1);
+        Options dc = Script::of(Rig::LensChanger);
+        dc.drive = Drive::Dc;
+        Script relative(dc);
+        relative.send("t50#");
+        relative.runTo(1);
+        QCOMPARE(relative.board.axis(0).position, 50);
+    }
+
+    void keepsLightStateAndQuitEndsEverything() {
+        Script s;
+        s.send("l1#L1#d40#D-5#l1!d99!m1!T2!s3!s4!s-3!r10!f20!b30!w40!q1!q-2!r#");
+        const Lights& lights = s.board.lights();
+        QVERIFY(lights.channel[0] && lights.channel[1] && lights.module);
+        QCOMPARE(lights.brightness, (std::array<int, 2>{40, -5}));
+        QCOMPARE(lights.moduleBrightness, 99);
+        QCOMPARE(lights.moduleSelect, 1);
+        QCOMPARE(lights.ringMode, 2);
+        QCOMPARE(lights.segments, QSet<int>{4});
+        QCOMPARE((QList<int>{lights.red, lights.green, lights.blue, lights.white}),
+                 (QList<int>{10, 20, 30, 40}));
+        QCOMPARE(s.board.rotateCount(), 2);
+        QCOMPARE(s.board.lastRotate(), -2);
+        s.runTo(0.2);
+        QCOMPARE(s.send("Q#"),
+                 (QList<QByteArray>{"Q|#", "q #250 ~250 *1 |B", "q #250 ~250 *1 |F :0"}));
+        QVERIFY(!lights.channel[0] && !lights.channel[1] && !lights.module);
+    }
+
+    void bootDelayResetsAndSilencesTheBoard() {
+        Options options;
+        options.faults.bootDelay = 2;
+        Script s(options);
+        s.send("p500#");
+        s.board.linkOpened(0);
+        QCOMPARE(s.board.axis(0).position, 0);  // power-on state
+        s.now = 1.9;
+        QVERIFY(s.send("?#\r\n").isEmpty());
+        QVERIFY(s.board.received().size() == 1);  // only what came before the reset
+        s.now = 2.0;
+        QCOMPARE(s.send("?#\r\n"), QList<QByteArray>{"Arduino Photostand"});
+    }
+
+    void replyDelayAndDroppedAcknowledgements() {
+        Options options;
+        options.faults.replyDelay = 0.3;
+        options.faults.dropAckEvery = 3;
+        Script s(options);
+        QVERIFY(s.send("w1#w2#w3#w4#?#").isEmpty());
+        QCOMPARE(s.board.nextDue().value_or(-1), 0.3);
+        QCOMPARE(s.runTo(0.3), (QList<QByteArray>{"W|1#", "W|2#", "W|4#", "Arduino Photostand"}));
+        options.faults = {};
+        options.faults.dropAckProbability = 1;
+        Script lossy(options);
+        QCOMPARE(lossy.send("w1#?#"), QList<QByteArray>{"Arduino Photostand"});
+    }
+
+    void splitRepliesReassembleToTheSameBytes() {
+        Options options;
+        options.faults.splitReplies = true;
+        options.faults.seed = 7;
+        Board split(options), whole;
+        const QByteArray traffic = "?#\r\n?0#\r\nt300#W100#l0!";
+        split.receive(traffic, 0);
+        whole.receive(traffic, 0);
+        QByteArray joined;
+        int pieces = 0;
+        for (double t = 0; t < 1; t += 0.01) {
+            const QByteArray piece = split.output(t);
+            pieces += !piece.isEmpty();
+            joined += piece;
+            if (!piece.isEmpty() && !piece.endsWith('\n'))  // the rest of the line is due now
+                QVERIFY(split.nextDue().value_or(t + 1) <= t + 1e-6);
+        }
+        QCOMPARE(joined, whole.output(1));
+        QVERIFY(pieces > 12);  // more pieces than lines
+    }
+
+    void strayBytesAndNoiseLines() {
+        Options options;
+        options.faults.strayLeadByteProbability = 1;
+        Script stray(options);
+        QCOMPARE(stray.send("w1#?#"), (QList<QByteArray>{"\xC2W|1#",
+                                                         "\xC2"
+                                                         "Arduino Photostand"}));
+
+        options.faults = {};
+        options.faults.noisePerSecond = 20;
+        Script noisy(options);
+        const QList<QByteArray> noise = noisy.runTo(10);
+        QVERIFY2(noise.size() > 140 && noise.size() < 260, QByteArray::number(noise.size()));
+        for (const QByteArray& line : noise) {
+            QVERIFY(!line.trimmed().isEmpty());
+            for (const char* bad : {"q", "Q", "|", "@", "Arduino", "unbekannt"})
+                QVERIFY2(!line.contains(bad), line);
+        }
+        Script again(options);
+        QCOMPARE(again.runTo(10), noise);  // the seed makes it repeatable
+    }
+
+    void disconnectIsRequestedAfterNCommands() {
+        Options options;
+        options.faults.disconnectAfter = 2;
+        Script s(options);
+        QCOMPARE(s.send("w1#w2#w3#"), (QList<QByteArray>{"W|1#", "W|2#"}));
+        QVERIFY(s.board.disconnectRequested());
+        QVERIFY(s.send("w4#").isEmpty());
+        s.board.linkClosed(0);
+        s.board.linkOpened(0);
+        QVERIFY(!s.board.disconnectRequested());
+        QCOMPARE(s.send("w5#"), QList<QByteArray>{"W|5#"});
+    }
+};
+
+QTEST_MAIN(TestBoard)
+#include "tst_board.moc"

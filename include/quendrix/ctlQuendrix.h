@@ -16,7 +16,9 @@ class QTcpSocket;
 class QTimer;
 
 namespace quendrix {
+class Lighting;
 class Link;
+class Motion;
 class Waiter;
 }  // namespace quendrix
 
@@ -125,6 +127,8 @@ public:
     quendrix::Panel* panel() const { return panel_.get(); }
     // The link to the board, for the control's own subsystems and tests.
     quendrix::Link* link() const { return link_.get(); }
+    quendrix::Motion* motion() const { return motion_.get(); }
+    quendrix::Lighting* lighting() const { return lighting_.get(); }
 
     // The surroundings the control asks for dialogs, time and keys; qtPlatform() unless set.
     quendrix::Platform& platform() const { return *platform_; }
@@ -163,6 +167,22 @@ public:
     // taken) goes on once the host calls SetOK(true); the host resets it with SetOK(false).
     Q_INVOKABLE void SetOK(bool Wert);
 
+    // Axis motion.
+    // Raises axis 0 by the amount in the raise box, unless it is raised already.
+    Q_INVOKABLE void pAnheben();
+    // Lowers axis 0 again after pAnheben.
+    Q_INVOKABLE void pAbsenken();
+
+    // Lighting.
+    // EinAus 0 switches every light off; any other value switches each light as its check
+    // box on the panel says.
+    Q_INVOKABLE void Beleuchtung(qint16 EinAus);
+    Q_INVOKABLE void Ring(qint16 Modus);
+    Q_INVOKABLE void Segment(qint16 Nummer);
+    // Asks for a colour intensity (0 white, 1 red, 2 green, 3 blue) and sends it. A text that
+    // is no number throws quendrix::RuntimeError (type mismatch) and sends nothing.
+    Q_INVOKABLE void Farbe(qint16 Index);
+
     // Stacking: clears the layer counter ("Schicht: 0") and disables Combine.
     Q_INVOKABLE void Zuruecksetzen();
 
@@ -170,6 +190,7 @@ private:
     void Initialize();
     // Adapts the panel to the rig chosen by Controltyp, then shows axis 0 on tab 0.
     void layoutForRigType();
+    void setMicroStepsOffered(int axis, qint16 value);
     // The motion frame shown is the one of the selected axis.
     void showSelectedAxis();
     // Completes the panel for the tab now shown; previousTab is the one shown before.
@@ -179,6 +200,8 @@ private:
     // Every wait of the control (acknowledgements, releases, moves) goes through this.
     std::unique_ptr<quendrix::Waiter> waiter_;
     std::unique_ptr<quendrix::Link> link_;
+    std::unique_ptr<quendrix::Motion> motion_;
+    std::unique_ptr<quendrix::Lighting> lighting_;
     quendrix::Platform* platform_;
     bool initialised_ = false;
     int shownTab_ = 0;

@@ -3,7 +3,9 @@
 
 #include "control/hostfolder.h"
 #include "control/riglayout.h"
+#include "lighting/lighting.h"
 #include "link/link.h"
+#include "motion/motion.h"
 #include "settings/mapping.h"
 #include "settings/numbers.h"
 #include "settings/profile.h"
@@ -63,6 +65,8 @@ ctlQuendrix::ctlQuendrix(QWidget* parent)
       panel_(std::make_unique<Panel>(this)),
       waiter_(std::make_unique<Waiter>(qtPlatform())),
       link_(std::make_unique<Link>(*this, *panel_, *waiter_)),
+      motion_(std::make_unique<Motion>(*this, *panel_, *link_, *waiter_)),
+      lighting_(std::make_unique<Lighting>(*this, *panel_, *link_)),
       platform_(&qtPlatform()) {
     setObjectName(QStringLiteral("ctlQuendrix1"));
     if (!layout()) {
@@ -265,9 +269,7 @@ qint16 ctlQuendrix::Mikroschritt0() const {
 }
 
 void ctlQuendrix::setMikroschritt0(qint16 value) {
-    if (value < 0 || value > 2) throw RuntimeError(RuntimeError::InvalidPropertyValue);
-    setValue(panel_->cbMikroschritt[0], value);
-    emit PropertyChanged(QStringLiteral("Mikroschritt0"));
+    setMicroStepsOffered(0, value);
 }
 
 qint16 ctlQuendrix::Mikroschritt1() const {
@@ -275,9 +277,17 @@ qint16 ctlQuendrix::Mikroschritt1() const {
 }
 
 void ctlQuendrix::setMikroschritt1(qint16 value) {
+    setMicroStepsOffered(1, value);
+}
+
+// The property lives in the axis's check box. A new value goes through the box, whose own
+// handler stores it back here (and so reports it) and opens or closes the divisions.
+void ctlQuendrix::setMicroStepsOffered(int axis, qint16 value) {
     if (value < 0 || value > 2) throw RuntimeError(RuntimeError::InvalidPropertyValue);
-    setValue(panel_->cbMikroschritt[1], value);
-    emit PropertyChanged(QStringLiteral("Mikroschritt1"));
+    QCheckBox* box = panel_->cbMikroschritt[axis];
+    if (quendrix::value(box) != value) return setValue(box, value);
+    emit PropertyChanged(axis == 0 ? QStringLiteral("Mikroschritt0")
+                                   : QStringLiteral("Mikroschritt1"));
 }
 
 QString ctlQuendrix::Caption() const {
@@ -366,6 +376,28 @@ void ctlQuendrix::Auswerten(const QString& ComInNeu, bool wifi) {
 
 void ctlQuendrix::SetOK(bool Wert) {
     link_->SetOK(Wert);
+}
+
+// ---- Axis motion and lighting --------------------------------------------------------------
+
+void ctlQuendrix::pAnheben() {
+    motion_->pAnheben();
+}
+void ctlQuendrix::pAbsenken() {
+    motion_->pAbsenken();
+}
+
+void ctlQuendrix::Beleuchtung(qint16 EinAus) {
+    lighting_->Beleuchtung(EinAus);
+}
+void ctlQuendrix::Ring(qint16 Modus) {
+    lighting_->Ring(Modus);
+}
+void ctlQuendrix::Segment(qint16 Nummer) {
+    lighting_->Segment(Nummer);
+}
+void ctlQuendrix::Farbe(qint16 Index) {
+    lighting_->Farbe(Index);
 }
 
 // ---- Settings store and utilities ----------------------------------------------------------

@@ -3,6 +3,7 @@
 
 #include <quendrix/Panel.h>
 
+#include "control/glyphlabel.h"
 #include "control/panelkit.h"
 
 #include <QGridLayout>
@@ -93,12 +94,14 @@ void Panel::buildMotionFrame(QWidget* page, int axis) {
     checks->setSpacing(2);
     Check0[axis] = check(box, element("Check0", axis), QStringLiteral("Lauf"));
     Check0[4 + axis] = check(box, element("Check0", 4 + axis), QStringLiteral("Richtung"));
-    Label7[axis] =
-        label(box, element("Label7", axis), axis == 0 ? QStringLiteral("é") : QStringLiteral("×Ø"));
+    // The marks start as the boxes do: direction 0 (down, close), normal speed.
+    Label7[axis] = make<GlyphLabel>(box, element("Label7", axis));
+    Label7[axis]->setText(axis == 0 ? QStringLiteral("ê") : QStringLiteral("Ø×"));
     Check0[6 + axis] = check(box, element("Check0", 6 + axis), QStringLiteral("Tempo"));
     Check0[6 + axis]->setTristate(true);
     Check0[6 + axis]->setCheckState(Qt::Checked);
-    Label8[axis] = label(box, element("Label8", axis), QStringLiteral("/"));
+    Label8[axis] = make<GlyphLabel>(box, element("Label8", axis));
+    Label8[axis]->setText(QStringLiteral("/"));
     checks->addWidget(Check0[axis], 0, 0);
     checks->addWidget(Check0[4 + axis], 1, 0);
     checks->addWidget(Label7[axis], 1, 1);

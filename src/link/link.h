@@ -45,6 +45,7 @@ public:
     std::array<qint32, 2> backlash = {0, 0};  // the axes' backlash settings (from tSpiel)
     std::array<qint32, 2> AchsPosition = {0, 0};  // steps, as last reported
     std::array<qint32, 2> encoder = {0, 0};
+    bool bBereit = false;  // the ready flag: device start-up completed
 
 signals:
     // An axis reported a new position; the optical model follows the bellows and distance.

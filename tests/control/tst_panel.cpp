@@ -47,8 +47,9 @@ const Controls kControls[] = {
     {kOwner, "QTimer", "Timer3"},
     {0, "QLabel",
      "lblCaption Image1*5 Label4*5 Label9 lblPosition*2 lblPosition1*2 lblPosition2*2 "
-     "lblEncoder*2 Label13*2 Label7*2 Label8*2 Label41 lbAuszug Label6 Label26 Label15 "
+     "lblEncoder*2 Label13*2 Label41 lbAuszug Label6 Label26 Label15 "
      "Label12 Label18 lblSehfeld lblSehfeld2 lbObjektiv*5 lblOptik"},
+    {0, "quendrix::GlyphLabel", "Label7*2 Label8*2"},
     {0, "QFrame", "Shape1*5"},
     {0, "QRadioButton", "obMotor*2"},
     {0, "QCheckBox", "Check0*8 Check1"},

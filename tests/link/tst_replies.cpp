@@ -140,7 +140,10 @@ private slots:
     }
 
     void finishedMoveShowsTheRunStateWithoutSending() {
-        p_->Check0[0]->setChecked(true);
+        {
+            const QSignalBlocker quiet(p_->Check0[0]);  // the axis runs; nothing to send here
+            p_->Check0[0]->setChecked(true);
+        }
         QSignalSpy clicked(p_->Check0[0], &QCheckBox::stateChanged);
         control_->Auswerten(QStringLiteral("q #1200 ~1180 *16 |B\r\n"), false);
         link_->sErwartet = QStringLiteral("|F");

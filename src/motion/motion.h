@@ -1,0 +1,92 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <array>
+
+class QCheckBox;
+class ctlQuendrix;
+
+namespace quendrix {
+
+class Link;
+class Panel;
+class Waiter;
+
+// Moving the axes by hand and to positions: the jog buttons, the run, direction and speed
+// boxes of each axis (Check0), raising and lowering axis 0, the rotate button, the position
+// readout, the axis configuration switches, and driving an axis to an absolute position.
+// Every change of a box sends its command, so panel and board always agree.
+class Motion : public QObject {
+    Q_OBJECT
+
+public:
+    Motion(ctlQuendrix& control, Panel& panel, Link& link, Waiter& waiter);
+
+    qint16 Drehzaehler = 0;                      // rotate commands given with other buttons
+    std::array<qint32, 2> maxPosition = {0, 0};  // travel of each axis in steps
+    std::array<qint32, 2> minEncoder = {0, 0};   // encoder calibration of each axis
+    std::array<qint32, 2> maxEncoder = {0, 0};
+
+    void pAnheben();
+    void pAbsenken();
+
+    // Sets the direction box of an axis while its motion controls are locked, so that the
+    // box's own handler sends the direction exactly once.
+    void Richtung_setzen(int value, int axis);
+    // Drives an axis to an absolute step position and waits until the board reports the end
+    // of the move (or Escape is held). speedMode 0, 1 or 2 is that speed; negative chooses it
+    // by the distance.
+    void Position_anfahren(qint32 target, int axis, int speedMode);
+
+    struct Distance {
+        qint32 steps;  // the steps converted (the current position when asked with < 0)
+        float mm;
+    };
+    // Steps of an axis in millimetres; negative steps mean the axis's current position. With
+    // the axis's encoder switched on, the millimetres come from the encoder calibration.
+    Distance Schritte_in_mm(int axis, qint32 steps);
+
+    // Drive axis 0 over the stack's range, forward and back (entry points for the stack).
+    void Bereich_abfahren();
+    void Bereich_zurueckfahren();
+
+    // Panel handlers, also for the control's other subsystems.
+    void Check0_Click(int index);
+    void cmdHeben_Click();
+    void cmdSenken_Click();
+    void Label9_Click();
+    void Drehen_MouseUp(int button);
+    void cbEndschalter_Click(int axis);
+    void cbDrehrichtungArduino_Click(int axis);
+    void cbMikroschritt_Click(int axis);
+    void micro_Click(int axis, int exponent);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void connectPanel();
+    void jogPressed(bool up, int index);
+    void jogReleased();
+    void jogClicked(int index);
+    void jogHovered(bool up);
+    void bellowsPressed(bool open, int index);
+    void bellowsReleased(int button);
+    void bellowsHovered(bool open);
+    // Switches an axis's direction with the normal speed in force, then restores the speed.
+    void hoverDirection(int value, int axis);
+    void raiseOrLower(int direction);
+    void setSpeedMode(int axis, int mode);
+    void showGlyphs(int axis);
+    void sendSpeed(int axis);
+    void setDirectionLocked(int axis, bool locked);
+    void rangeWarning(const QString& text);
+
+    ctlQuendrix& control_;
+    Panel& panel_;
+    Link& link_;
+    Waiter& waiter_;
+};
+
+}  // namespace quendrix

@@ -1,0 +1,96 @@
+#pragma once
+
+// A control wired to the board simulator over a real pseudo-terminal (or a loopback socket),
+// on the scripted clock: the simulator runs on the same clock and is pumped whenever the
+// control lets the event loop run.
+#include "link/link.h"
+#include "sim/board.h"
+#include "sim/ptyfrontend.h"
+#include "sim/tcpfrontend.h"
+#include "support/testplatform.h"
+
+#include <quendrix/ctlQuendrix.h>
+
+#include <QSerialPort>
+#include <QStringList>
+#include <QTcpSocket>
+#include <QtTest>
+#include <memory>
+
+class SimRig {
+public:
+    TestPlatform platform;
+    std::unique_ptr<quendrix::sim::Board> board;
+    std::unique_ptr<quendrix::sim::FrontEnd> front;
+    std::unique_ptr<ctlQuendrix> control;
+
+    // Starts a board and opens the control's side of the transport. Returns false (after
+    // reporting the failure to QtTest) when the transport could not be opened.
+    bool start(const quendrix::sim::Options& options = {}, bool socket = false) {
+        platform.realSecondsPerIdle = 0.001;
+        board = std::make_unique<quendrix::sim::Board>(options);
+        control = std::make_unique<ctlQuendrix>();
+        control->setPlatform(&platform);
+        const auto clock = [this] { return platform.now(); };
+        if (socket) {
+            auto tcp = std::make_unique<quendrix::sim::TcpFrontEnd>(*board, clock);
+            if (!tcp->listen()) return fail("listen");
+            control->Telnet1()->connectToHost(QHostAddress::LocalHost, tcp->port());
+            if (!control->Telnet1()->waitForConnected(5000)) return fail("connect");
+            control->wifi = true;
+            front = std::move(tcp);
+        } else {
+            auto pty = std::make_unique<quendrix::sim::PtyFrontEnd>(*board, clock);
+            if (!pty->open()) return fail("pseudo-terminal");
+            control->MSComm1()->setPortName(pty->devicePath());
+            control->MSComm1()->setBaudRate(115200);
+            if (!control->MSComm1()->open(QIODevice::ReadWrite)) return fail("serial port");
+            control->wifi = false;
+            front = std::move(pty);
+        }
+        platform.onIdle = [this](TestPlatform&) { front->pump(); };
+        settle(0.1);
+        control->link()->bQuittiert = true;
+        return true;
+    }
+
+    ~SimRig() {
+        platform.onIdle = nullptr;
+        control.reset();
+        front.reset();
+    }
+
+    quendrix::Link& link() const { return *control->link(); }
+    quendrix::Panel& panel() const { return *control->panel(); }
+
+    // Lets `seconds` of scripted time pass with the event loop (and the board) running.
+    void settle(double seconds) {
+        const double end = platform.now() + seconds;
+        while (platform.now() < end)
+            platform.idle(0.01);
+    }
+
+    // Waits on the scripted clock until `condition` holds; false after `limit` seconds.
+    template <typename Condition>
+    bool waitFor(Condition condition, double limit = 10) {
+        const double end = platform.now() + limit;
+        while (!condition() && platform.now() < end)
+            platform.idle(0.01);
+        return condition();
+    }
+
+    // The commands the board received since the last call, as framed.
+    QStringList takeCommands() {
+        QStringList commands;
+        for (const quendrix::sim::Received& r : board->received())
+            commands.append(QString::fromLatin1(r.command));
+        board->clearReceived();
+        return commands;
+    }
+
+private:
+    static bool fail(const char* what) {
+        QTest::qFail(what, __FILE__, __LINE__);
+        return false;
+    }
+};

@@ -1,10 +1,6 @@
 // The command channel against the board simulator over a real pseudo-terminal and a real
 // loopback socket, on the scripted clock (the simulator runs on the same clock).
-#include "link/link.h"
-#include "sim/board.h"
-#include "sim/ptyfrontend.h"
-#include "sim/tcpfrontend.h"
-#include "support/testplatform.h"
+#include "support/simrig.h"
 
 #include <quendrix/ctlQuendrix.h>
 
@@ -33,61 +29,27 @@ struct State {
 class TestChannel : public QObject {
     Q_OBJECT
 
-    TestPlatform platform_;
-    std::unique_ptr<sim::Board> board_;
-    std::unique_ptr<sim::FrontEnd> front_;
-    std::unique_ptr<ctlQuendrix> control_;
+    std::unique_ptr<SimRig> rig_;
+    ctlQuendrix* control_ = nullptr;
     Link* link_ = nullptr;
 
     // Starts a board of the given kind on one transport and opens the control's side of it.
-    void connect(bool socket, const sim::Options& options = {}) {
-        platform_ = TestPlatform();
-        platform_.realSecondsPerIdle = 0.001;
-        board_ = std::make_unique<sim::Board>(options);
-        control_ = std::make_unique<ctlQuendrix>();
-        control_->setPlatform(&platform_);
+    bool connect(bool socket, const sim::Options& options = {}) {
+        rig_ = std::make_unique<SimRig>();
+        if (!rig_->start(options, socket)) return false;
+        control_ = rig_->control.get();
         control_->setKennung(QStringLiteral("qQ"));
         link_ = control_->link();
-        const auto clock = [this] { return platform_.now(); };
-        if (socket) {
-            auto tcp = std::make_unique<sim::TcpFrontEnd>(*board_, clock);
-            QVERIFY(tcp->listen());
-            control_->Telnet1()->connectToHost(QHostAddress::LocalHost, tcp->port());
-            QVERIFY(control_->Telnet1()->waitForConnected(5000));
-            control_->wifi = true;
-            front_ = std::move(tcp);
-        } else {
-            auto pty = std::make_unique<sim::PtyFrontEnd>(*board_, clock);
-            QVERIFY(pty->open());
-            control_->MSComm1()->setPortName(pty->devicePath());
-            control_->MSComm1()->setBaudRate(115200);
-            QVERIFY(control_->MSComm1()->open(QIODevice::ReadWrite));
-            control_->wifi = false;
-            front_ = std::move(pty);
-        }
-        platform_.onIdle = [this](TestPlatform&) { front_->pump(); };
-        settle(0.1);
-        link_->bQuittiert = true;
+        return true;
     }
-
-    // Lets `seconds` of scripted time pass with the event loop running.
-    void settle(double seconds) {
-        const double end = platform_.now() + seconds;
-        while (platform_.now() < end)
-            platform_.idle(0.01);
-    }
-
+    void settle(double seconds) { rig_->settle(seconds); }
     // Waits (on the scripted clock) until an axis reports the end of its move.
-    bool waitForEnd(int axis, double limit = 10) {
-        const double end = platform_.now() + limit;
-        while (!link_->sKennText[axis].contains(QStringLiteral("|F")) && platform_.now() < end)
-            platform_.idle(0.01);
-        return link_->sKennText[axis].contains(QStringLiteral("|F"));
+    bool waitForEnd(int axis) {
+        return rig_->waitFor([this, axis] { return link_->sKennText[axis].contains(u"|F"); });
     }
-
     QStringList commandsReceived() const {
         QStringList commands;
-        for (const sim::Received& r : board_->received())
+        for (const sim::Received& r : rig_->board->received())
             commands.append(QString::fromLatin1(r.command));
         return commands;
     }
@@ -112,12 +74,7 @@ class TestChannel : public QObject {
     }
 
 private slots:
-    void cleanup() {
-        platform_.onIdle = nullptr;
-        control_.reset();
-        front_.reset();
-        board_.reset();
-    }
+    void cleanup() { rig_.reset(); }
 
     void aMoveIsFollowedToItsEnd_data() {
         QTest::addColumn<bool>("socket");
@@ -126,7 +83,7 @@ private slots:
     }
     void aMoveIsFollowedToItsEnd() {
         QFETCH(bool, socket);
-        connect(socket);
+        QVERIFY(connect(socket));
         control_->Output(QStringLiteral("w100#"));
         control_->Output(QStringLiteral("v#"));
         control_->Output(QStringLiteral("t500#"));
@@ -152,25 +109,25 @@ private slots:
     }
 
     void backlashIsAcknowledgedByTheEndOfTheTakeUp() {
-        connect(false);
+        QVERIFY(connect(false));
         control_->Output(QStringLiteral("a40#"));
         link_->backlash[0] = 40;
         control_->Output(QStringLiteral("w1000#"));  // 40 steps take 40 ms
-        const double start = platform_.now();
+        const double start = rig_->platform.now();
         control_->Output(QStringLiteral("z#"));
         QCOMPARE(link_->sErwartet, QStringLiteral("|F"));
         QVERIFY(link_->sKennText[0].contains(QStringLiteral("|F")));
-        QVERIFY(platform_.now() - start >= 0.04 && platform_.now() - start < 0.5);
+        QVERIFY(rig_->platform.now() - start >= 0.04 && rig_->platform.now() - start < 0.5);
     }
 
     void droppedAcknowledgementsCostTheirWaits() {
         sim::Options options;
         options.faults.dropAckEvery = 2;
-        connect(false, options);
+        QVERIFY(connect(false, options));
         control_->Output(QStringLiteral("w800#"));
         control_->Output(QStringLiteral("w801#"));  // its acknowledgement is dropped
         control_->Output(QStringLiteral("w802#"));  // so this one waits before it goes
-        const QList<sim::Received>& received = board_->received();
+        const QList<sim::Received>& received = rig_->board->received();
         QCOMPARE(received.size(), 3);
         QVERIFY(received[1].time - received[0].time < 0.2);
         QVERIFY(received[2].time - received[1].time >= 4 &&
@@ -180,7 +137,7 @@ private slots:
     void aCutStreamWithStrayBytesGivesTheSameState_data() { aMoveIsFollowedToItsEnd_data(); }
     void aCutStreamWithStrayBytesGivesTheSameState() {
         QFETCH(bool, socket);
-        connect(socket);
+        QVERIFY(connect(socket));
         session();
         const State clean = state();
         QCOMPARE(clean.positions[0], 300);
@@ -191,7 +148,7 @@ private slots:
         faulty.faults.splitReplies = true;
         faulty.faults.strayLeadByteProbability = 1;
         faulty.faults.seed = 7;
-        connect(socket, faulty);
+        QVERIFY(connect(socket, faulty));
         session();
         QCOMPARE(state(), clean);
     }
@@ -199,7 +156,7 @@ private slots:
     void aBoardThatBootsIsDeafUntilItHasBooted() {
         sim::Options options;
         options.faults.bootDelay = 1.5;
-        connect(false, options);  // the port was opened just now
+        QVERIFY(connect(false, options));  // the port was opened just now
         control_->Output(QStringLiteral("?#\r\n"));
         QCOMPARE(link_->sKennText[1], QString());
         settle(1.5);
@@ -213,14 +170,14 @@ private slots:
     void aBoardThatHangsUpLeavesTheSocketDown() {
         sim::Options options;
         options.faults.disconnectAfter = 2;
-        connect(true, options);
+        QVERIFY(connect(true, options));
         control_->Output(QStringLiteral("w800#"));
         control_->Output(QStringLiteral("w800#"));
         settle(0.2);
         QCOMPARE(control_->Telnet1()->state(), QAbstractSocket::UnconnectedState);
         control_->Output(QStringLiteral("s#"));
         QCOMPARE(control_->panel()->Text1[1]->text(), QStringLiteral("Keine WiFi Verbindung"));
-        QCOMPARE(board_->received().size(), 2);
+        QCOMPARE(rig_->board->received().size(), 2);
     }
 };
 

@@ -16,9 +16,12 @@ class QTcpSocket;
 class QTimer;
 
 namespace quendrix {
+class Calibration;
 class Lighting;
 class Link;
 class Motion;
+class Optics;
+class Stacking;
 class Waiter;
 }  // namespace quendrix
 
@@ -129,6 +132,9 @@ public:
     quendrix::Link* link() const { return link_.get(); }
     quendrix::Motion* motion() const { return motion_.get(); }
     quendrix::Lighting* lighting() const { return lighting_.get(); }
+    quendrix::Calibration* calibration() const { return calibration_.get(); }
+    quendrix::Optics* optics() const { return optics_.get(); }
+    quendrix::Stacking* stacking() const { return stacking_.get(); }
 
     // The surroundings the control asks for dialogs, time and keys; qtPlatform() unless set.
     quendrix::Platform& platform() const { return *platform_; }
@@ -183,8 +189,40 @@ public:
     // is no number throws quendrix::RuntimeError (type mismatch) and sends nothing.
     Q_INVOKABLE void Farbe(qint16 Index);
 
-    // Stacking: clears the layer counter ("Schicht: 0") and disables Combine.
+    // Optics.
+    // Rebuilds the lens list from the settings file and selects the lens stored as current.
+    Q_INVOKABLE void Optik_laden();
+    // Selects the first lens whose name contains Focus (e.g. "100").
+    Q_INVOKABLE void Optik_waehlen(const QString& Focus);
+    // A lens-changer position got a new caption: it is stored and the changer told.
+    Q_INVOKABLE void lbObjektiv_Change(qint16 Index);
+    // Computes the field of view for the lens and rig now set, shows it and raises SehfeldNeu.
+    Q_INVOKABLE void BildGroesse();
+    // Sets the field-of-view slider's range to what the bellows can reach.
+    Q_INVOKABLE void Balgen_einstellen();
+
+    // Stacks and averaging series.
+    //
+    // How a host answers the events of a run: on Schicht, take the picture of plane Nr; the
+    // run then waits (up to 31 s, after which it tells the operator) until the host releases
+    // it with SetOK(true). The release stays given until the host takes it back: a host that
+    // takes its picture inside its Schicht handler simply calls SetOK(true) before returning;
+    // a host that takes pictures in the background calls SetOK(false) in the handler and
+    // SetOK(true) once the picture is saved. On Kombinieren(Anzahl), combine the stack's
+    // pictures; on Mittelwert(Anzahl), average the series; on Kopie, take a copy picture.
+    //
+    // Starts an averaging series of "Serie" pictures (settings section "Verzeichnis").
+    Q_INVOKABLE void Mittelw_Click();
+    // Asks the host for one picture (raises Schicht with the next layer number).
+    Q_INVOKABLE void Schicht_Click();
+    Q_INVOKABLE void Mittelwertbild();
+    Q_INVOKABLE void Schichtbild();
+    // Clears the layer counter ("Schicht: 0") and disables Combine.
     Q_INVOKABLE void Zuruecksetzen();
+    // Sends the reset command of an axis ("x#", "X#").
+    Q_INVOKABLE void Reset(qint16 Achse);
+    // Enables or disables the capture buttons (not 0: enabled).
+    Q_INVOKABLE void Kamera_aktiv(qint16 Aktiv);
 
 private:
     void Initialize();
@@ -202,6 +240,9 @@ private:
     std::unique_ptr<quendrix::Link> link_;
     std::unique_ptr<quendrix::Motion> motion_;
     std::unique_ptr<quendrix::Lighting> lighting_;
+    std::unique_ptr<quendrix::Calibration> calibration_;
+    std::unique_ptr<quendrix::Optics> optics_;
+    std::unique_ptr<quendrix::Stacking> stacking_;
     quendrix::Platform* platform_;
     bool initialised_ = false;
     int shownTab_ = 0;

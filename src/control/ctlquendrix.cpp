@@ -6,12 +6,15 @@
 #include "lighting/lighting.h"
 #include "link/link.h"
 #include "motion/motion.h"
+#include "optics/calibration.h"
+#include "optics/optics.h"
 #include "settings/mapping.h"
 #include "settings/numbers.h"
 #include "settings/profile.h"
 #include "settings/quicksort.h"
 #include "settings/textformat.h"
 #include "settings/wait.h"
+#include "stacking/stacking.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -67,6 +70,9 @@ ctlQuendrix::ctlQuendrix(QWidget* parent)
       link_(std::make_unique<Link>(*this, *panel_, *waiter_)),
       motion_(std::make_unique<Motion>(*this, *panel_, *link_, *waiter_)),
       lighting_(std::make_unique<Lighting>(*this, *panel_, *link_)),
+      calibration_(std::make_unique<Calibration>(*this, *panel_)),
+      optics_(std::make_unique<Optics>(*this, *panel_, *link_, *motion_, *calibration_)),
+      stacking_(std::make_unique<Stacking>(*this, *panel_, *link_, *motion_, *waiter_)),
       platform_(&qtPlatform()) {
     setObjectName(QStringLiteral("ctlQuendrix1"));
     if (!layout()) {
@@ -220,11 +226,6 @@ void ctlQuendrix::tabChanged(int previousTab) {
     p.cbOptik->setToolTip(tab >= 2
                               ? QStringLiteral("Objektiv auswählen oder neues Objektiv eingeben")
                               : QStringLiteral("Objektiv auswählen"));
-}
-
-void ctlQuendrix::Zuruecksetzen() {
-    panel_->Combine->setEnabled(false);
-    panel_->Schicht->setText(QStringLiteral("Schicht: 0"));
 }
 
 // ---- Design-time properties ----------------------------------------------------------------
@@ -398,6 +399,48 @@ void ctlQuendrix::Segment(qint16 Nummer) {
 }
 void ctlQuendrix::Farbe(qint16 Index) {
     lighting_->Farbe(Index);
+}
+
+// ---- Optics ---------------------------------------------------------------------------------
+
+void ctlQuendrix::Optik_laden() {
+    optics_->Optik_laden();
+}
+void ctlQuendrix::Optik_waehlen(const QString& Focus) {
+    optics_->Optik_waehlen(Focus);
+}
+void ctlQuendrix::lbObjektiv_Change(qint16 Index) {
+    optics_->lbObjektiv_Change(Index);
+}
+void ctlQuendrix::BildGroesse() {
+    optics_->BildGroesse();
+}
+void ctlQuendrix::Balgen_einstellen() {
+    optics_->Balgen_einstellen();
+}
+
+// ---- Stacks and averaging series ------------------------------------------------------------
+
+void ctlQuendrix::Mittelw_Click() {
+    stacking_->Mittelw_Click();
+}
+void ctlQuendrix::Schicht_Click() {
+    stacking_->Schicht_Click();
+}
+void ctlQuendrix::Mittelwertbild() {
+    stacking_->Mittelw_Click();
+}
+void ctlQuendrix::Schichtbild() {
+    stacking_->Schicht_Click();
+}
+void ctlQuendrix::Zuruecksetzen() {
+    stacking_->Zuruecksetzen();
+}
+void ctlQuendrix::Reset(qint16 Achse) {
+    stacking_->Reset(Achse);
+}
+void ctlQuendrix::Kamera_aktiv(qint16 Aktiv) {
+    stacking_->Kamera_aktiv(Aktiv != 0);
 }
 
 // ---- Settings store and utilities ----------------------------------------------------------

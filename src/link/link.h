@@ -50,6 +50,8 @@ public:
 signals:
     // An axis reported a new position; the optical model follows the bellows and distance.
     void positionReported(int axis);
+    // The lens changer reported the lens in place; lblOptik now names it.
+    void lensShown();
 
 private:
     void serialReceived();

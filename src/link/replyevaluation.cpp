@@ -155,6 +155,7 @@ void Link::showChangerPosition(double position) {
     const bool mounted = position == slot && slot >= 0 && slot < int(panel_.lbObjektiv.size()) &&
                          !Trim(panel_.lbObjektiv[slot]->text()).isEmpty();
     panel_.lblOptik->setText(mounted ? panel_.lbObjektiv[slot]->text() : QStringLiteral("ohne"));
+    emit lensShown();
 }
 
 }  // namespace quendrix

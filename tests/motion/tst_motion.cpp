@@ -51,7 +51,11 @@ class TestMotion : public QObject {
     void press(QWidget* w, Qt::MouseButton b = Qt::LeftButton) { QTest::mousePress(w, b); }
     void release(QWidget* w, Qt::MouseButton b = Qt::LeftButton) { QTest::mouseRelease(w, b); }
     void hover(QWidget* w) { QTest::mouseMove(w); }
-    void click(QWidget* w, Qt::MouseButton b = Qt::LeftButton) { QTest::mouseClick(w, b); }
+    // Check boxes and option buttons are clicked on their indicator, buttons in the middle.
+    void click(QWidget* w, Qt::MouseButton b = Qt::LeftButton) {
+        const bool indicator = qobject_cast<QCheckBox*>(w) || qobject_cast<QRadioButton*>(w);
+        QTest::mouseClick(w, b, {}, indicator ? QPoint(8, w->height() / 2) : QPoint());
+    }
 
 private slots:
     void cleanup() { rig_.reset(); }

@@ -1,0 +1,195 @@
+// Running a stack or an averaging series under Timer3: each tick asks the host for a picture,
+// waits for its release and, in a stack, moves axis 0 one plane.
+#include "link/link.h"
+#include "motion/motion.h"
+#include "settings/numbers.h"
+#include "settings/textformat.h"
+#include "settings/wait.h"
+#include "stacking/stacking.h"
+
+#include <quendrix/Panel.h>
+#include <quendrix/ctlQuendrix.h>
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTimer>
+#include <cmath>
+
+namespace quendrix {
+
+namespace {
+const QString kActive = QStringLiteral("aktiv");
+constexpr double kPlaneMoveSeconds = 6;  // a plane move that takes longer is not waited for
+}  // namespace
+
+void Stacking::raiseFieldOfView() {
+    const QLocale locale = control_.locale();
+    emit control_.SehfeldNeu(
+        formatNumber(textToDouble(control_.Sehfeld(), locale), QStringLiteral("###0.000"), locale));
+}
+
+// The layer counter as the caption shows it: what follows ": ".
+QString Stacking::layerCount() const {
+    const QString caption = panel_.Schicht->text();
+    return caption.mid(caption.indexOf(QStringLiteral(": ")) + 2);
+}
+
+void Stacking::AutoKomb_Click() {
+    Panel& p = panel_;
+    if (Val(p.Schrittzahl->text()) <= 0) {
+        control_.platform().messageBox(
+            QStringLiteral("Bereich ist kleiner als die Anzahl der Ebenen !"), MsgBox::OKOnly, {});
+        return;
+    }
+    setTag(p.AutoKomb, QString());
+    Zuruecksetzen();
+    raiseFieldOfView();
+    // Approach the start from one millimetre beyond it (a hundredth on the microscope), so
+    // every plane is reached from the same side.
+    double beyond = divide(Val(p.Schritte[0]->text()), Val(p.Steigung[0]->text()));
+    if (control_.Controltyp() == 2) beyond /= 100;
+    const double start = Val(p.BBeginn[0]->text());
+    motion_.Position_anfahren(toLong(start + beyond), 0, 1);
+    waiter_.doEvents();
+    if (control_.Controltyp() != 1) control_.Output(QStringLiteral("y1#"));
+    motion_.Position_anfahren(toLong(start), 0, -1);
+    waiter_.doEvents();
+
+    setTag(p.AutoKomb, kActive);
+    Ebenenzaehler = checkedAdd<qint32>(toLong(Val(p.Ebenen->text())), 1);
+    planesTotal_ = Ebenenzaehler;
+    runStart_ = control_.platform().now();
+    p.Timer3->setInterval(toLong(2 * Val(p.wartezeit->text())));  // the first pause is doubled
+    Kamera_bereit = true;
+    p.Timer3->start();
+    showProgress();
+}
+
+// Letting go of the right button on the stack button aborts the run where it is.
+void Stacking::AutoKomb_MouseUp(int button) {
+    if (button != 2) return;
+    panel_.Timer3->stop();
+    setTag(panel_.AutoKomb, QString());
+    Zuruecksetzen();
+    showProgress();
+}
+
+// The timer is off for the whole tick, so ticks never overlap.
+void Stacking::Timer3_Timer() {
+    Panel& p = panel_;
+    p.Timer3->stop();
+    Schicht_Click();
+    waiter_.doEvents();
+    Ebenenzaehler = checkedSub<qint32>(Ebenenzaehler, 1);
+    p.Timer3->setInterval(toLong(Val(p.wartezeit->text())));
+    showProgress();
+    if (tag(p.AutoKomb) == kActive || tag(p.Mittelw) == kActive) Fortsetzung();
+}
+
+void Stacking::Schicht_Click() {
+    const qint16 layer = checkedAdd<qint16>(toInteger(Val(layerCount())), 1);
+    if (layer == 1) panel_.Combine->setEnabled(true);
+    panel_.Schicht->setText(QStringLiteral("Schicht: %1").arg(layer));
+    Kamera_bereit = false;
+    emit control_.Schicht(QString::number(layer));
+}
+
+// After each picture: the host's release, then the next plane (or the end).
+void Stacking::Fortsetzung() {
+    Panel& p = panel_;
+    link_.waitForRelease(QStringLiteral("Sub Fortsetzung"));
+    if (Ebenenzaehler > 0) {
+        if (tag(p.AutoKomb) != kActive) {  // an averaging series takes its pictures in place
+            p.Timer3->start();
+            return;
+        }
+        const double steps = Val(p.Schrittzahl->text());
+        const qint32 motor = control_.MotorArt0();
+        QCheckBox* speed = p.Check0[6];
+        const int mode = motor == 1 ? 2 : (steps > 1000 ? 1 : (steps > 100 ? 0 : 2));
+        if ((motor == 0 || motor == 1) && value(speed) != mode) setValue(speed, mode);
+        const QString count = doubleToText(steps, QLocale::c());
+        if (motor == 0)
+            control_.Output(QStringLiteral("t") + count + QLatin1Char('#'));
+        else if (motor == 1)
+            control_.Output(QStringLiteral("t-") + count + QLatin1Char('#'));
+        // The board reports a move's start before it acknowledges it: the "|F" seen now is
+        // this plane's end. A move that takes longer than 6 s is not waited for.
+        waiter_.waitFor([this] { return link_.sKennText[0].contains(u"|F"); }, kPlaneMoveSeconds,
+                        Waiter::Escape::Ends);
+        p.Timer3->start();
+        return;
+    }
+    if (tag(p.AutoKomb) != kActive) {
+        setTag(p.Mittelw, QString());
+        emit control_.Mittelwert(layerCount());
+        Ebenenzaehler = toLong(Val(control_.ini(QStringLiteral("Verzeichnis"),
+                                                QStringLiteral("Serie"), QStringLiteral("10")))) -
+                        1;
+        Zuruecksetzen();
+        showProgress();
+        return;
+    }
+    setTag(p.AutoKomb, QString());
+    if (value(p.Check0[6]) != 1) setValue(p.Check0[6], 1);
+    if (control_.Controltyp() != 1) control_.Output(QStringLiteral("y0#"));
+    if (Ebenenzaehler == 0) Combine_Click();
+    Ebenenzaehler = toLong(Val(p.Ebenen->text()));
+    showProgress();
+}
+
+void Stacking::Mittelw_Click() {
+    Panel& p = panel_;
+    Kamera_bereit = false;
+    raiseFieldOfView();
+    Ebenenzaehler = toLong(Val(control_.ini(QStringLiteral("Verzeichnis"), QStringLiteral("Serie"),
+                                            QStringLiteral("10"))));
+    planesTotal_ = Ebenenzaehler;
+    runStart_ = control_.platform().now();
+    p.Timer3->setInterval(toLong(Val(p.wartezeit->text())));
+    setTag(p.Mittelw, kActive);
+    Timer3_Timer();  // the first picture without delay
+}
+
+void Stacking::Combine_Click() {
+    link_.waitForRelease(QStringLiteral("Sub Combine_click"));
+    emit control_.Kombinieren(layerCount());
+    Zuruecksetzen();
+}
+
+void Stacking::Kopie_Click() {
+    raiseFieldOfView();
+    emit control_.Kopie();
+}
+
+void Stacking::Zuruecksetzen() {
+    panel_.Combine->setEnabled(false);
+    panel_.Schicht->setText(QStringLiteral("Schicht: 0"));
+}
+
+void Stacking::Reset(qint16 axis) {
+    control_.Output(QString(QChar('x' - 32 * (axis % 2))) + QLatin1Char('#'));
+}
+
+void Stacking::Kamera_aktiv(bool enabled) {
+    for (QPushButton* capture : {panel_.Schicht, panel_.Mittelw, panel_.Kopie})
+        capture->setEnabled(enabled);
+}
+
+// Plane n of N and the time left at the pace so far, while a run goes on.
+void Stacking::showProgress() {
+    const bool running = tag(panel_.AutoKomb) == kActive || tag(panel_.Mittelw) == kActive;
+    progress_->setVisible(running);
+    if (!running) return;
+    const int taken = planesTotal_ - Ebenenzaehler;
+    QString text = QStringLiteral("Bild %1 von %2").arg(taken).arg(planesTotal_);
+    if (taken > 0) {
+        const double perPicture = (control_.platform().now() - runStart_) / taken;
+        text += QStringLiteral(", noch etwa %1 s").arg(std::lround(perPicture * Ebenenzaehler));
+    }
+    progress_->setText(text);
+}
+
+}  // namespace quendrix

@@ -1,0 +1,112 @@
+// Wiring the stack controls of the panel, and the spacing advisor beside them.
+#include "stacking/stacking.h"
+
+#include "control/guard.h"
+#include "link/link.h"
+
+#include <quendrix/Panel.h>
+#include <quendrix/ctlQuendrix.h>
+
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QTimer>
+
+namespace quendrix {
+
+Stacking::Stacking(ctlQuendrix& control, Panel& panel, Link& link, Motion& motion, Waiter& waiter)
+    : control_(control), panel_(panel), link_(link), motion_(motion), waiter_(waiter) {
+    buildAdvisor();
+    connectPanel();
+}
+
+void Stacking::connectPanel() {
+    Panel& p = panel_;
+    auto guarded = [this](auto handler) {
+        return [this, handler](auto&&...) { runGuarded(control_.platform(), handler); };
+    };
+    connect(p.AutoKomb, &QPushButton::clicked, this, guarded([this] { AutoKomb_Click(); }));
+    connect(p.Mittelw, &QPushButton::clicked, this, guarded([this] { Mittelw_Click(); }));
+    connect(p.Schicht, &QPushButton::clicked, this, guarded([this] { Schicht_Click(); }));
+    connect(p.Combine, &QPushButton::clicked, this, guarded([this] { Combine_Click(); }));
+    connect(p.Kopie, &QPushButton::clicked, this, guarded([this] { Kopie_Click(); }));
+    connect(p.Kopie2, &QPushButton::clicked, this, guarded([this] { Kopie_Click(); }));
+    connect(p.Timer3, &QTimer::timeout, this, guarded([this] { Timer3_Timer(); }));
+    // While the number of planes is being typed it is often no number yet; the plan follows
+    // once it is one.
+    connect(p.Ebenen, &QLineEdit::textChanged, this, [this] {
+        try {
+            Ebenen_Change();
+        } catch (const RuntimeError&) {
+        }
+    });
+    connect(p.Schrittzahl, &QLineEdit::textChanged, this, [this] { Schrittzahl_Change(); });
+    for (QWidget* watched : {static_cast<QWidget*>(p.AutoKomb), static_cast<QWidget*>(p.Beginn),
+                             static_cast<QWidget*>(p.Ende)})
+        watched->installEventFilter(this);
+    p.Timer3->setSingleShot(false);
+}
+
+// The stack's buttons act on the mouse button let go: the start and end buttons take the
+// position with the left and drive there with the right; the right aborts a run.
+bool Stacking::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::MouseButtonRelease) {
+        const Qt::MouseButton button = static_cast<QMouseEvent*>(event)->button();
+        const int code = button == Qt::LeftButton ? 1 : button == Qt::RightButton ? 2 : 4;
+        runGuarded(control_.platform(), [&] {
+            if (watched == panel_.AutoKomb)
+                AutoKomb_MouseUp(code);
+            else if (watched == panel_.Beginn)
+                Beginn_MouseUp(code);
+            else if (watched == panel_.Ende)
+                Ende_MouseUp(code);
+        });
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+// Below the stack's fields: progress while a run goes on, and the spacing the optics suggest.
+void Stacking::buildAdvisor() {
+    QGroupBox* frame = panel_.Frame12;
+    auto* layout = qobject_cast<QGridLayout*>(frame->layout());
+    progress_ = new QLabel(frame);
+    progress_->setObjectName(QStringLiteral("Fortschritt"));
+    progress_->hide();
+
+    auto* advisor = new QGridLayout;
+    aperture_ = new QLineEdit(QStringLiteral("8"), frame);
+    aperture_->setObjectName(QStringLiteral("Blende"));
+    confusion_ = new QLineEdit(control_.locale().toString(0.03), frame);
+    confusion_->setObjectName(QStringLiteral("Zerstreuungskreis"));
+    suggestion_ = new QLabel(frame);
+    suggestion_->setObjectName(QStringLiteral("Vorschlag"));
+    suggestion_->setWordWrap(true);
+    take_ = new QPushButton(QStringLiteral("Übernehmen"), frame);
+    take_->setObjectName(QStringLiteral("VorschlagUebernehmen"));
+    take_->setToolTip(QStringLiteral("Die vorgeschlagene Zahl der Ebenen übernehmen"));
+    advisor->addWidget(new QLabel(QStringLiteral("Blende"), frame), 0, 0);
+    advisor->addWidget(aperture_, 0, 1);
+    auto* circleLabel = new QLabel(QStringLiteral("Unschärfe [mm]"), frame);
+    circleLabel->setToolTip(
+        QStringLiteral("Zerstreuungskreis: der Durchmesser, der noch als scharf gilt"));
+    advisor->addWidget(circleLabel, 0, 2);
+    advisor->addWidget(confusion_, 0, 3);
+    advisor->addWidget(suggestion_, 1, 0, 1, 3);
+    advisor->addWidget(take_, 1, 3);
+    if (layout) {
+        const int row = layout->rowCount();
+        layout->addWidget(progress_, row, 0, 1, -1);
+        layout->addLayout(advisor, row + 1, 0, 1, -1);
+    }
+    for (QLineEdit* input : {aperture_, confusion_})
+        connect(input, &QLineEdit::textChanged, this, [this] { suggestSpacing(); });
+    connect(&control_, &ctlQuendrix::SehfeldNeu, this, [this] { suggestSpacing(); });
+    connect(take_, &QPushButton::clicked, this, [this] { takeSuggestion(); });
+    suggestSpacing();
+}
+
+}  // namespace quendrix

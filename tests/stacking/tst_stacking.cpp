@@ -1,0 +1,257 @@
+// Focus stacks and averaging series against the board simulator over a real pseudo-terminal,
+// with a host that answers the events as a real one would.
+#include "motion/motion.h"
+#include "stacking/stacking.h"
+#include "stacking/stepadvisor.h"
+#include "support/simrig.h"
+
+#include <QCheckBox>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+
+namespace sim = quendrix::sim;
+using Commands = QStringList;
+
+class TestStacking : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<SimRig> rig_;
+    QTemporaryDir folder_;
+    ctlQuendrix* control_ = nullptr;
+    quendrix::Panel* p_ = nullptr;
+    QStringList layers_;        // Schicht numbers, in order
+    QList<double> layerTimes_;  // when each came, on the scripted clock
+    bool hostReleases_ = true;
+
+    bool start(const sim::Options& options = {}) {
+        rig_ = std::make_unique<SimRig>();
+        if (!rig_->start(options)) return false;
+        control_ = rig_->control.get();
+        p_ = &rig_->panel();
+        layers_.clear();
+        layerTimes_.clear();
+        hostReleases_ = true;
+        control_->setLocale(QLocale(QLocale::German));
+        control_->setinifile(folder_.filePath(QStringLiteral("stack_L.ini")));
+        QFile::remove(control_->inifile());
+        control_->motion()->maxPosition[0] = 1000000;
+        p_->Steigung[0]->setText(QStringLiteral("1"));
+        p_->Schritte[0]->setText(QStringLiteral("400"));
+        p_->Taktpause[0]->setText(QStringLiteral("100"));
+        p_->wartezeit->setText(QStringLiteral("20"));
+        control_->Output(QStringLiteral("w100#"));
+        // The host: it takes its picture at once and releases the run.
+        connect(control_, &ctlQuendrix::Schicht, this, [this](const QString& nr) {
+            layers_.append(nr);
+            layerTimes_.append(rig_->platform.now());
+            if (hostReleases_) control_->SetOK(true);
+        });
+        rig_->takeCommands();
+        return true;
+    }
+
+    void plan(int begin, int end, int planes) {
+        p_->BBeginn[0]->setText(QString::number(begin));
+        p_->BEnde[0]->setText(QString::number(end));
+        p_->Ebenen->clear();  // so that the plan is made again even with the same planes
+        p_->Ebenen->setText(QString::number(planes));
+    }
+
+    // Starts the stack and lets it run until the host is asked to combine it.
+    QSignalSpy* runStack(double limit = 60) {
+        auto* combine = new QSignalSpy(control_, &ctlQuendrix::Kombinieren);
+        p_->AutoKomb->click();
+        rig_->waitFor([&] { return !combine->isEmpty(); }, limit);
+        rig_->settle(0.05);
+        return combine;
+    }
+
+private slots:
+    void cleanup() { rig_.reset(); }
+
+    void planningNumbers() {
+        QVERIFY(start());
+        plan(1000, 5000, 8);
+        QCOMPARE(p_->Schrittzahl->text(), QStringLiteral("500"));
+        QCOMPARE(p_->Aufloesung->text(), QStringLiteral("1.250 µ"));
+        QCOMPARE(p_->Weglaenge->text(), QStringLiteral("10,00"));
+        QCOMPARE(control_->stacking()->Bereich, 4000);
+        QCOMPARE(control_->stacking()->AufloesungText, QStringLiteral("1.250 µ"));
+        control_->setLocale(QLocale(QLocale::English));
+        plan(5000, 1000, 8);  // swapped: the same range
+        QCOMPARE(p_->Aufloesung->text(), QStringLiteral("1,250 µ"));
+        QCOMPARE(p_->Weglaenge->text(), QStringLiteral("10.00"));
+        plan(1000, 1000 + 5 * 400 / 100, 8);  // 20 steps, 8 planes: 2.5 -> 3 steps, 7.5 µm
+        QCOMPARE(p_->Schrittzahl->text(), QStringLiteral("3"));
+        QCOMPARE(p_->Aufloesung->text(), QStringLiteral("7.50 µ"));
+        plan(1000, 1005, 8);  // more planes than steps
+        QCOMPARE(p_->Schrittzahl->text(), QStringLiteral("0"));
+        QCOMPARE(p_->Schrittzahl->palette().color(QPalette::Text), QColor(255, 0, 0));
+        QCOMPARE(p_->Ebenen->palette().color(QPalette::Text), QColor(255, 0, 0));
+        plan(1000, 5000, 8);
+        QVERIFY(p_->Ebenen->palette().color(QPalette::Text) != QColor(255, 0, 0));
+        // A step count of -1 is a backlash entry.
+        p_->Schrittzahl->setText(QStringLiteral("-1"));
+        QCOMPARE(p_->tSpiel[0]->text(), QStringLiteral("-1"));
+    }
+
+    void aWholeStack() {
+        QVERIFY(start());
+        plan(5000, 1000, 4);  // 1000 steps between planes, downwards from the start
+        QScopedPointer<QSignalSpy> combine(runStack());
+        QCOMPARE(combine->size(), 1);
+        QCOMPARE(combine->first().first().toString(), QStringLiteral("5"));
+        QCOMPARE(layers_, QStringList({"1", "2", "3", "4", "5"}));
+        QCOMPARE(rig_->takeCommands(),
+                 Commands({"v#", "t5400#", "y1#", "z#", "w800#", "t400#", "t1000#", "t1000#",
+                           "t1000#", "t1000#", "w100#", "y0#"}));
+        QCOMPARE(rig_->link().AchsPosition[0], 1000);
+        QCOMPARE(p_->Schicht->text(), QStringLiteral("Schicht: 0"));
+        QCOMPARE(quendrix::tag(p_->AutoKomb), QString());
+        QCOMPARE(quendrix::value(p_->Check0[6]), 1);
+    }
+
+    void aLensChangerRigSendsNoCombineCommands() {
+        QVERIFY(start());
+        control_->setControltyp(1);
+        plan(5000, 1000, 2);  // 2000 steps: normal speed
+        QScopedPointer<QSignalSpy> combine(runStack());
+        QCOMPARE(rig_->takeCommands(),
+                 Commands({"v#", "t5400#", "z#", "w200#", "t400#", "w100#", "t2000#", "t2000#"}));
+    }
+
+    void aCanBusDriveStepsBackwards() {
+        sim::Options changer;
+        changer.rig = sim::Rig::LensChanger;
+        QVERIFY(start(changer));
+        control_->setKennung(QStringLiteral("@"));
+        control_->setControltyp(1);
+        control_->setMotorArt0(1);
+        plan(5000, 1000, 2);
+        QScopedPointer<QSignalSpy> combine(runStack());
+        QCOMPARE(combine->size(), 1);
+        QCOMPARE(rig_->takeCommands(),
+                 Commands({"w12#", "t5400#", "t5000#", "t-2000#", "t-2000#", "w100#"}));
+    }
+
+    void aStackWithNoStepIsRefused() {
+        QVERIFY(start());
+        plan(1000, 1005, 8);
+        p_->AutoKomb->click();
+        rig_->settle(0.5);
+        QCOMPARE(rig_->platform.messages.size(), 1);
+        QCOMPARE(rig_->platform.messages.first().prompt,
+                 QStringLiteral("Bereich ist kleiner als die Anzahl der Ebenen !"));
+        QCOMPARE(rig_->takeCommands(), Commands());
+        QVERIFY(layers_.isEmpty());
+    }
+
+    void theRightButtonAbortsTheRun() {
+        QVERIFY(start());
+        plan(5000, 1000, 4);
+        connect(control_, &ctlQuendrix::Schicht, this, [this](const QString& nr) {
+            if (nr == u"2") QTest::mouseRelease(p_->AutoKomb, Qt::RightButton);
+        });
+        p_->AutoKomb->click();
+        rig_->waitFor([&] { return layers_.size() >= 2; });
+        rig_->settle(2);
+        QCOMPARE(layers_, QStringList({"1", "2"}));
+        const Commands sent = rig_->takeCommands();
+        QCOMPARE(sent.mid(sent.size() - 2), Commands({"t400#", "t1000#"}));  // one plane, no "y0#"
+        QVERIFY(!p_->Timer3->isActive());
+        QCOMPARE(p_->Schicht->text(), QStringLiteral("Schicht: 0"));
+    }
+
+    void aPlaneThatNeverArrivesIsWaitedForSixSeconds() {
+        QVERIFY(start());
+        p_->Taktpause[0]->setText(QStringLiteral("2000"));  // 2 ms a step
+        control_->Output(QStringLiteral("w2000#"));
+        plan(5000, 1000, 1);  // one plane of 4000 steps: 8 s
+        QScopedPointer<QSignalSpy> combine(runStack(120));
+        QCOMPARE(layers_, QStringList({"1", "2"}));
+        const double between = layerTimes_[1] - layerTimes_[0];
+        QVERIFY2(between >= 6 && between < 7, qPrintable(QString::number(between)));
+        QCOMPARE(combine->size(), 1);
+        QVERIFY(rig_->link().AchsPosition[0] > 1000);  // the picture was taken on the way
+    }
+
+    void averagingSeries() {
+        QVERIFY(start());
+        QSignalSpy averaged(control_, &ctlQuendrix::Mittelwert);
+        control_->Mittelw_Click();
+        QVERIFY(rig_->waitFor([&] { return !averaged.isEmpty(); }));
+        QCOMPARE(layers_.size(), 10);  // no "Serie" in the settings: ten pictures
+        QCOMPARE(averaged.first().first().toString(), QStringLiteral("10"));
+        QCOMPARE(rig_->takeCommands(), Commands());  // nothing moves
+
+        control_->setini(QStringLiteral("Verzeichnis"), QStringLiteral("Serie"),
+                         QStringLiteral("3"));
+        layers_.clear();
+        control_->Mittelwertbild();
+        QVERIFY(rig_->waitFor([&] { return averaged.size() == 2; }));
+        QCOMPARE(layers_, QStringList({"1", "2", "3"}));
+        QCOMPARE(averaged.last().first().toString(), QStringLiteral("3"));
+    }
+
+    void aHostThatNeverReleasesIsWaitedFor() {
+        QVERIFY(start());
+        hostReleases_ = false;
+        plan(5000, 1000, 1);
+        QScopedPointer<QSignalSpy> combine(runStack(200));
+        QCOMPARE(combine->size(), 1);
+        QStringList waits;
+        for (const auto& m : rig_->platform.messages)
+            waits.append(m.prompt);
+        QCOMPARE(waits, QStringList({"Quendrix wartet auf Freigabe: Sub Fortsetzung",
+                                     "Quendrix wartet auf Freigabe: Sub Fortsetzung",
+                                     "Quendrix wartet auf Freigabe: Sub Combine_click"}));
+        QVERIFY(layerTimes_[1] - layerTimes_[0] >= 31);
+    }
+
+    void theOpticsSuggestAPlaneSpacing() {
+        const auto advice = quendrix::suggestSpacing(23.6, 23.6, 8, 0.03, 10);
+        QVERIFY(advice);
+        QCOMPARE(advice->depthOfFieldMm, 0.96);  // 2 c N (m + 1) / m^2 at magnification 1
+        QCOMPARE(advice->spacingMm, 0.768);
+        QCOMPARE(advice->intervals, 14);  // 10 mm / 0.768 mm, rounded up
+        QVERIFY(!quendrix::suggestSpacing(23.6, 0, 8, 0.03, 10));
+        // At 5:1 the depth shrinks to 2 c N 6 / 25.
+        QCOMPARE(quendrix::suggestSpacing(23.6, 4.72, 2.8, 0.02, 1)->depthOfFieldMm,
+                 2 * 0.02 * 2.8 * 6 / 25);
+
+        QVERIFY(start());
+        control_->setSensorbreite(23.6f);
+        p_->lblSehfeld->setToolTip(QStringLiteral("23,6"));
+        auto* aperture = control_->findChild<QLineEdit*>(QStringLiteral("Blende"));
+        auto* circle = control_->findChild<QLineEdit*>(QStringLiteral("Zerstreuungskreis"));
+        auto* take = control_->findChild<QPushButton*>(QStringLiteral("VorschlagUebernehmen"));
+        QVERIFY(aperture && circle && take);
+        aperture->setText(QStringLiteral("8"));
+        circle->setText(QStringLiteral("0,03"));
+        plan(1000, 5000, 8);  // 10 mm
+        QVERIFY(take->isEnabled());
+        take->click();
+        QCOMPARE(p_->Ebenen->text(), QStringLiteral("14"));
+        QCOMPARE(p_->Schrittzahl->text(), QStringLiteral("286"));
+    }
+
+    void progressIsShownWhileRunning() {
+        QVERIFY(start());
+        plan(5000, 1000, 4);
+        auto* progress = control_->findChild<QLabel*>(QStringLiteral("Fortschritt"));
+        QVERIFY(progress);
+        QStringList seen;
+        connect(control_, &ctlQuendrix::Schicht, this, [&] { seen.append(progress->text()); });
+        QScopedPointer<QSignalSpy> combine(runStack());
+        QVERIFY(seen.size() == 5 && seen.first().startsWith(QStringLiteral("Bild 0 von 5")));
+        QVERIFY(seen.last().startsWith(QStringLiteral("Bild 4 von 5, noch etwa")));
+        QVERIFY(progress->isHidden());
+    }
+};
+
+QTEST_MAIN(TestStacking)
+#include "tst_stacking.moc"

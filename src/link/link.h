@@ -52,6 +52,8 @@ signals:
     void positionReported(int axis);
     // The lens changer reported the lens in place; lblOptik now names it.
     void lensShown();
+    // An axis reported the end of a move ("|F").
+    void moveFinished(int axis);
 
 private:
     void serialReceived();

@@ -90,6 +90,7 @@ void Link::evaluateAxisLine(const QString& line, int axis) {
             }
         }
         showPosition(axis);
+        emit moveFinished(axis);
     }
 }
 
@@ -104,7 +105,10 @@ void Link::evaluateChangerLine(const QString& line) {
         showEncoder(0, steps);
         emit positionReported(0);
     }
-    if (line.contains(u"|F")) showChangerPosition(numberAfter(line, QStringLiteral("|F")));
+    if (line.contains(u"|F")) {
+        showChangerPosition(numberAfter(line, QStringLiteral("|F")));
+        emit moveFinished(0);
+    }
 }
 
 // A position that does not fit a Long is noise on the line and is ignored.

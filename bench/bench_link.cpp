@@ -8,14 +8,13 @@
 //      wire; target: at least 100 times the wire rate.
 // Usage: bench_link [round trips per transport, default 300]
 #include "link/link.h"
+#include "simprocess.h"
 
 #include <quendrix/ctlQuendrix.h>
 
 #include <sys/resource.h>
 #include <QApplication>
 #include <QElapsedTimer>
-#include <QProcess>
-#include <QRegularExpression>
 #include <QSerialPort>
 #include <QTcpSocket>
 #include <cstdio>
@@ -29,49 +28,6 @@ double processorSeconds() {
            double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
 }
 
-// The simulator as its own process, so that its timing does not share our event loop.
-struct Simulator {
-    QProcess process;
-    QString serial;
-    quint16 port = 0;
-
-    bool start(const QStringList& arguments) {
-        process.start(
-            QCoreApplication::applicationDirPath() + QStringLiteral("/../sim/quendrix-sim"),
-            arguments);
-        if (!process.waitForStarted(5000)) return false;
-        QString printed;
-        while ((serial.isEmpty() || (arguments.contains(QStringLiteral("--tcp")) && port == 0)) &&
-               process.waitForReadyRead(5000)) {
-            printed += QString::fromLocal8Bit(process.readAllStandardOutput());
-            const auto serialMatch =
-                QRegularExpression(QStringLiteral("serial: (\\S+)")).match(printed);
-            const auto tcpMatch =
-                QRegularExpression(QStringLiteral("tcp: [^:\\s]+:(\\d+)")).match(printed);
-            if (serialMatch.hasMatch()) serial = serialMatch.captured(1);
-            if (tcpMatch.hasMatch()) port = quint16(tcpMatch.captured(1).toUInt());
-        }
-        return !serial.isEmpty();
-    }
-    ~Simulator() {
-        process.terminate();
-        process.waitForFinished(3000);
-    }
-};
-
-// Writes a command and blocks until its acknowledgement line has arrived.
-double rawRoundTrips(QIODevice& device, const QByteArray& command, int count) {
-    QElapsedTimer timer;
-    timer.start();
-    for (int i = 0; i < count; ++i) {
-        device.write(command);
-        QByteArray reply;
-        while (!reply.contains("\r\n") && device.waitForReadyRead(2000))
-            reply += device.readAll();
-    }
-    return timer.nsecsElapsed() / 1e9 / count;
-}
-
 double outputRoundTrips(ctlQuendrix& control, const QString& command, int count) {
     QElapsedTimer timer;
     timer.start();
@@ -80,14 +36,8 @@ double outputRoundTrips(ctlQuendrix& control, const QString& command, int count)
     return timer.nsecsElapsed() / 1e9 / count;
 }
 
-bool openSerial(QSerialPort& port, const QString& path) {
-    port.setPortName(path);
-    port.setBaudRate(115200);
-    return port.open(QIODevice::ReadWrite);
-}
-
 void compareRoundTrips(int count) {
-    Simulator sim;
+    SimulatorProcess sim;
     if (!sim.start({QStringLiteral("--serial"), QStringLiteral("--tcp"), QStringLiteral("0")})) {
         std::printf("round trip: the simulator did not start\n");
         return;
@@ -111,8 +61,20 @@ void compareRoundTrips(int count) {
     const double rawTcp = rawRoundTrips(rawSocket, "w800#\r\n", count);
     rawSocket.disconnectFromHost();
     if (rawSocket.state() != QAbstractSocket::UnconnectedState) rawSocket.waitForDisconnected(1000);
-    control.Telnet1()->connectToHost(QHostAddress::LocalHost, sim.port);
-    if (!control.Telnet1()->waitForConnected(3000)) return;
+    // The simulator serves one client at a time: connect once it has seen the first one go.
+    for (int attempt = 0; attempt < 10; ++attempt) {
+        QElapsedTimer settle;
+        settle.start();
+        while (settle.elapsed() < 100)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        control.Telnet1()->connectToHost(QHostAddress::LocalHost, sim.port);
+        if (!control.Telnet1()->waitForConnected(3000)) return;
+        settle.restart();
+        while (settle.elapsed() < 100)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        if (control.Telnet1()->state() == QAbstractSocket::ConnectedState) break;
+        control.Telnet1()->abort();
+    }
     control.wifi = true;
     const double tcpOutput = outputRoundTrips(control, QStringLiteral("w800#"), count);
     std::printf("socket round trip: raw %.3f ms, Output %.3f ms, ratio %.2f (target <= 1.5)\n",
@@ -120,7 +82,7 @@ void compareRoundTrips(int count) {
 }
 
 void measureUnansweredWait() {
-    Simulator sim;
+    SimulatorProcess sim;
     if (!sim.start({QStringLiteral("--serial"), QStringLiteral("--rig"), QStringLiteral("silent")}))
         return;
     ctlQuendrix control;

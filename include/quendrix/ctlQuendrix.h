@@ -22,6 +22,7 @@ class Link;
 class Motion;
 class Optics;
 class Stacking;
+class Startup;
 class Waiter;
 }  // namespace quendrix
 
@@ -135,6 +136,7 @@ public:
     quendrix::Calibration* calibration() const { return calibration_.get(); }
     quendrix::Optics* optics() const { return optics_.get(); }
     quendrix::Stacking* stacking() const { return stacking_.get(); }
+    quendrix::Startup* startup() const { return startup_.get(); }
 
     // The surroundings the control asks for dialogs, time and keys; qtPlatform() unless set.
     quendrix::Platform& platform() const { return *platform_; }
@@ -161,6 +163,19 @@ public:
     void QuickSortReihe(quendrix::DoubleTable& AvSort, qint16 Spalte);
     void QuickSortReihe(quendrix::DoubleTable& AvSort, qint16 Spalte, qint32 lngStart,
                         qint32 lngEnd);
+
+    // Bringing the rig into service and out of it.
+    // Opens the serial port named by the settings ("port", "baud" in the section MotorName),
+    // identifies the board and, when it is a known rig, runs Motor_Starten.
+    Q_INVOKABLE void Comm_Starten();
+    // The same over WiFi: connects to the settings' "IP" (host, or host:port; port 23).
+    Q_INVOKABLE void WiFi_Starten();
+    // Configures the board from the settings file and fills the panel; ends by raising
+    // Bereitschaft with whether the rig is ready.
+    Q_INVOKABLE void Motor_Starten();
+    // Stops the axes and lights, writes the state back to the settings file and closes the
+    // serial port.
+    Q_INVOKABLE void Motor_Abschalten();
 
     // Command channel.
     // Sends one command to the board ("t16#", "l0!"): waits up to 2 s for the previous
@@ -243,6 +258,7 @@ private:
     std::unique_ptr<quendrix::Calibration> calibration_;
     std::unique_ptr<quendrix::Optics> optics_;
     std::unique_ptr<quendrix::Stacking> stacking_;
+    std::unique_ptr<quendrix::Startup> startup_;
     quendrix::Platform* platform_;
     bool initialised_ = false;
     int shownTab_ = 0;

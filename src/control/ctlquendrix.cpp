@@ -5,6 +5,7 @@
 #include "control/riglayout.h"
 #include "lighting/lighting.h"
 #include "link/link.h"
+#include "link/startup.h"
 #include "motion/motion.h"
 #include "optics/calibration.h"
 #include "optics/optics.h"
@@ -73,6 +74,7 @@ ctlQuendrix::ctlQuendrix(QWidget* parent)
       calibration_(std::make_unique<Calibration>(*this, *panel_)),
       optics_(std::make_unique<Optics>(*this, *panel_, *link_, *motion_, *calibration_)),
       stacking_(std::make_unique<Stacking>(*this, *panel_, *link_, *motion_, *waiter_)),
+      startup_(std::make_unique<Startup>(*this, *panel_, *link_, *waiter_)),
       platform_(&qtPlatform()) {
     setObjectName(QStringLiteral("ctlQuendrix1"));
     if (!layout()) {
@@ -364,6 +366,13 @@ void ctlQuendrix::setPlatform(Platform* platform) {
     platform_ = platform ? platform : &qtPlatform();
     waiter_->setPlatform(*platform_);
 }
+
+// ---- Start-up and shutdown -----------------------------------------------------------------
+
+void ctlQuendrix::Comm_Starten() { startup_->Comm_Starten(); }
+void ctlQuendrix::WiFi_Starten() { startup_->WiFi_Starten(); }
+void ctlQuendrix::Motor_Starten() { startup_->Motor_Starten(); }
+void ctlQuendrix::Motor_Abschalten() { startup_->Motor_Abschalten(); }
 
 // ---- Command channel ----------------------------------------------------------------------
 

@@ -4,7 +4,6 @@
 #include "motion/motion.h"
 #include "motion/speed.h"
 #include "settings/numbers.h"
-#include "settings/textformat.h"
 
 #include <quendrix/Panel.h>
 #include <quendrix/ctlQuendrix.h>
@@ -13,7 +12,6 @@
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QRadioButton>
-#include <cmath>
 
 namespace quendrix {
 
@@ -53,7 +51,7 @@ void Motion::micro_Click(int axis, int exponent) {
                     QString::number(exponent));
     control_.Output(axisLetter('g', axis) + QString::number(exponent) + QLatin1Char('#'));
     QLineEdit* pause = panel_.Taktpause[axis];
-    pause->setText(doubleToText(Val(tag(pause)) / std::pow(2.0, exponent), control_.locale()));
+    pause->setText(microStepPause(Val(tag(pause)), exponent, control_.locale()));
     setTag(axis == 0 ? panel_.micro0[0] : panel_.micro1[0], QString::number(exponent));
     control_.Output(axisLetter('w', axis) + pause->text() + QLatin1Char('#'));
 }

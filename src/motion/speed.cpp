@@ -32,6 +32,10 @@ std::optional<QString> pauseForSpeedMode(int axis, int mode, const QString& paus
     return doubleToText(n, QLocale::c());
 }
 
+QString microStepPause(double fullStepPause, int exponent, const QLocale& locale) {
+    return doubleToText(fullStepPause / std::pow(2.0, exponent), locale);
+}
+
 int speedModeForDistance(qint64 distance) {
     const qint64 steps = std::llabs(distance);
     if (steps >= 1001) return 1;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QLocale>
 #include <QString>
 #include <QtGlobal>
 #include <optional>
@@ -17,6 +18,10 @@ QChar axisLetter(char lowerCaseLetter, int axis);
 // (MotorArt0 1) of a quarter or an eighth, and any other drive is sent nothing.
 std::optional<QString> pauseForSpeedMode(int axis, int mode, const QString& pauseText,
                                          qint16 controltyp, qint32 motorArt0);
+
+// The pause text of an axis at micro-step division 2^exponent: the stored full-step pause
+// divided by the division, so that the axis keeps the speed of a full step.
+QString microStepPause(double fullStepPause, int exponent, const QLocale& locale);
 
 // The speed mode for a move of `distance` steps: over 1000 normal, over 100 slow, else slowest.
 int speedModeForDistance(qint64 distance);

@@ -155,8 +155,12 @@ void Optics::cbOptik_Click() {
     setValue(panel_.Autofokus,
              int(Val(control_.ini(cameraSection(), lensKey(QStringLiteral("autofokus"), index),
                                   QStringLiteral("0")))));
-    panel_.Bildbreite->setText(formatNumber(bellowsFieldWidth(Val(panel_.lbAuszug->toolTip())),
-                                            QStringLiteral("##,##0.000"), control_.locale()));
+    // A lens whose focal length is not known yet has no image width to show.
+    try {
+        panel_.Bildbreite->setText(formatNumber(bellowsFieldWidth(Val(panel_.lbAuszug->toolTip())),
+                                                QStringLiteral("##,##0.000"), control_.locale()));
+    } catch (const RuntimeError&) {
+    }
 }
 
 // The lens changer shows the whole name; the microscope the magnification, which by

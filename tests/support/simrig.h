@@ -24,9 +24,14 @@ public:
     std::unique_ptr<quendrix::sim::FrontEnd> front;
     std::unique_ptr<ctlQuendrix> control;
 
-    // Starts a board and opens the control's side of the transport. Returns false (after
-    // reporting the failure to QtTest) when the transport could not be opened.
-    bool start(const quendrix::sim::Options& options = {}, bool socket = false) {
+    QString devicePath;   // the board's pseudo-terminal
+    quint16 tcpPort = 0;  // or its TCP port
+
+    // Starts a board and (unless openLink is false, for tests of opening the link) opens the
+    // control's side of the transport. Returns false (after reporting the failure to QtTest)
+    // when the transport could not be opened.
+    bool start(const quendrix::sim::Options& options = {}, bool socket = false,
+               bool openLink = true) {
         platform.realSecondsPerIdle = 0.001;
         board = std::make_unique<quendrix::sim::Board>(options);
         control = std::make_unique<ctlQuendrix>();
@@ -35,21 +40,24 @@ public:
         if (socket) {
             auto tcp = std::make_unique<quendrix::sim::TcpFrontEnd>(*board, clock);
             if (!tcp->listen()) return fail("listen");
-            control->Telnet1()->connectToHost(QHostAddress::LocalHost, tcp->port());
+            tcpPort = tcp->port();
+            front = std::move(tcp);
+            if (!openLink) return started();
+            control->Telnet1()->connectToHost(QHostAddress::LocalHost, tcpPort);
             if (!control->Telnet1()->waitForConnected(5000)) return fail("connect");
             control->wifi = true;
-            front = std::move(tcp);
         } else {
             auto pty = std::make_unique<quendrix::sim::PtyFrontEnd>(*board, clock);
             if (!pty->open()) return fail("pseudo-terminal");
-            control->MSComm1()->setPortName(pty->devicePath());
+            devicePath = pty->devicePath();
+            front = std::move(pty);
+            if (!openLink) return started();
+            control->MSComm1()->setPortName(devicePath);
             control->MSComm1()->setBaudRate(115200);
             if (!control->MSComm1()->open(QIODevice::ReadWrite)) return fail("serial port");
             control->wifi = false;
-            front = std::move(pty);
         }
-        platform.onIdle = [this](TestPlatform&) { front->pump(); };
-        settle(0.1);
+        started();
         control->link()->bQuittiert = true;
         return true;
     }
@@ -89,6 +97,11 @@ public:
     }
 
 private:
+    bool started() {
+        platform.onIdle = [this](TestPlatform&) { front->pump(); };
+        settle(0.1);
+        return true;
+    }
     static bool fail(const char* what) {
         QTest::qFail(what, __FILE__, __LINE__);
         return false;

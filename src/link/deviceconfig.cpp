@@ -1,0 +1,464 @@
+// The rig's settings, read from the settings file onto the panel and handed to the board, one
+// sequence per rig type. The board expects its settings in exactly these orders.
+//
+// A setting needed as a number counts by its leading number, and a text without one as 0; a
+// value the panel has nothing for (a sixth micro-step division, a third light module) counts as
+// the setting's default. Boxes whose own handlers would talk to the board are set quietly: the
+// sequences send what the board needs themselves.
+#include "lighting/lighting.h"
+#include "link/link.h"
+#include "link/startup.h"
+#include "motion/motion.h"
+#include "motion/speed.h"
+#include "optics/calibration.h"
+#include "optics/optics.h"
+#include "settings/numbers.h"
+#include "settings/textformat.h"
+#include "settings/wait.h"
+#include "stacking/stacking.h"
+
+#include <quendrix/Panel.h>
+#include <quendrix/ctlQuendrix.h>
+
+#include <QCheckBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QScrollBar>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <optional>
+
+namespace quendrix {
+
+namespace {
+
+constexpr int kDivisions = 5;  // micro-step exponents 0 to 4
+
+// The leading number of a setting; a text that is no number (or beyond any number) is 0.
+double numberIn(const QString& text) {
+    try {
+        return Val(text);
+    } catch (const RuntimeError&) {
+        return 0;
+    }
+}
+
+// A setting as a whole number (steps, encoder values, counters); one beyond a Long is 0.
+qint32 wholeNumberIn(const QString& text) {
+    try {
+        return toLong(numberIn(text));
+    } catch (const RuntimeError&) {
+        return 0;
+    }
+}
+
+// A check box's state: 1 ticks it, anything else leaves it clear.
+int checkStateIn(const QString& text) {
+    return numberIn(text) == 1 ? 1 : 0;
+}
+
+// A number as the board reads it: no blanks, a decimal point.
+QString commandNumber(double value) {
+    return doubleToText(value, QLocale::c());
+}
+
+// A display that is computed from the settings (millimetres, extension, field of view). Settings
+// it cannot compute with (no steps per revolution, a lens focused at infinity, a text that is no
+// number) leave that display as it was; the board is configured all the same.
+template <typename Update>
+void refresh(Update&& update) {
+    try {
+        update();
+    } catch (const RuntimeError&) {
+    }
+}
+
+// The steps of the sequences, each reading its keys and sending its commands.
+class RigSetup {
+public:
+    RigSetup(ctlQuendrix& control, Link& link, Waiter& waiter, Startup& startup)
+        : control_(control),
+          p_(*control.panel()),
+          link_(link),
+          waiter_(waiter),
+          startup_(startup),
+          motion_(*control.motion()) {}
+
+    // The stack's pause and number of planes, and how far axis 0 is raised.
+    void stackTiming() {
+        p_.wartezeit->setText(setting(0, "Wartezeit", QStringLiteral("150")));
+        const QString planes = setting(0, "Serie", QStringLiteral("20"));
+        p_.Ebenen->setText(planes);
+        setTag(p_.Ebenen, planes);
+    }
+    void raiseAmount(const QString& byDefault) {
+        p_.Anheben->setText(setting(0, "anheben", byDefault));
+    }
+
+    void camera() {
+        const QString section = control_.Kameratyp();
+        const QString width = control_.ini(section, QStringLiteral("Bildbreite"), "22,5");
+        control_.setSensorbreite(singleIn(width));
+        p_.SensorBreiteP->setText(
+            control_.ini(section, QStringLiteral("basisaufloesungx"), "1024"));
+        p_.SensorBreiteA->setText(control_.ini(section, QStringLiteral("aufloesungx"), "1024"));
+        p_.Zwischenringe->setText(control_.ini(
+            section, QStringLiteral("zwischenringe") + control_.MotorName().right(1), "0"));
+    }
+
+    // The board's status of the axis; a status without a division ("*") means the board cannot
+    // switch micro-steps on this axis.
+    void queryAxis(int axis) {
+        control_.Output(QStringLiteral("?%1#\r\n").arg(axis));
+        waiter_.doEvents();
+        if (!link_.sKennText[axis].contains(u'*')) p_.cbMikroschritt[axis]->setEnabled(false);
+    }
+
+    // Lead per revolution and full steps per revolution.
+    void drive(int axis, const QString& lead, const QString& steps) {
+        p_.Steigung[axis]->setText(setting(axis, "Steigung", lead));
+        p_.Schritte[axis]->setText(setting(axis, "Schritte", steps));
+    }
+
+    // Whether micro-steps are offered; its box opens the divisions.
+    void microStepsOffered(int axis) {
+        const qint16 current = axis == 0 ? control_.Mikroschritt0() : control_.Mikroschritt1();
+        const double offered = numberIn(setting(axis, "Mikroschritte", QString::number(current)));
+        const qint16 value = offered >= 0 && offered <= 2 ? toInteger(offered) : current;
+        if (axis == 0)
+            control_.setMikroschritt0(value);
+        else
+            control_.setMikroschritt1(value);
+    }
+
+    // The division kept in the settings; it is selected without the button's handler, which
+    // would store it back and send it.
+    int storedDivision(int axis) {
+        const qint32 exponent = wholeNumberIn(setting(axis, "micro", QStringLiteral("0")));
+        return exponent >= 0 && exponent < kDivisions ? exponent : 0;
+    }
+    void chooseDivision(int axis, int exponent) {
+        const auto& options = axis == 0 ? p_.micro0 : p_.micro1;
+        {
+            const QSignalBlocker quiet(options[exponent]);
+            options[exponent]->setChecked(true);
+        }
+        setTag(options[0], QString::number(exponent));
+    }
+    void fullSteps(int axis) { setTag(axis == 0 ? p_.micro0[0] : p_.micro1[0], "0"); }
+
+    // The stored full-step pause, shown per micro-step of the division in force.
+    void pause(int axis, const QString& byDefault) {
+        QLineEdit* box = p_.Taktpause[axis];
+        setTag(box, setting(axis, "Taktpause", byDefault));
+        box->setText(microStepPause(numberIn(tag(box)), exponentInForce(axis), control_.locale()));
+        send('w', axis, Trim(box->text()));
+    }
+
+    void startTime(int axis) {
+        send('w', axis, commandNumber(numberIn(setting(axis, "startzeit", "-1500"))));
+    }
+    // The step stage is negative: the board reads 0 and more as micro-step divisions.
+    void stage(int axis) {
+        const double stage = numberIn(setting(axis, "stufe", QStringLiteral("-5")));
+        send('g', axis, stage >= 0 ? QStringLiteral("-1") : commandNumber(stage));
+    }
+
+    void encoderKind(int axis) {
+        p_.Encoderart[axis]->setText(setting(axis, "enc_wert", QStringLiteral("Analog")));
+        setValue(p_.E_Typ[axis], checkStateIn(setting(axis, "enc_typ", QStringLiteral("0"))));
+    }
+    void encoderRange(int axis) {
+        motion_.minEncoder[axis] = wholeNumberIn(setting(axis, "minEncoder", QStringLiteral("0")));
+        motion_.maxEncoder[axis] = wholeNumberIn(setting(axis, "maxEncoder", QStringLiteral("0")));
+        setValue(p_.ENC[axis], checkStateIn(setting(axis, "enc", QStringLiteral("0"))));
+    }
+
+    void travel(int axis, const QString& byDefault) {
+        const qint32 steps = wholeNumberIn(setting(axis, "MaxPosition", byDefault));
+        motion_.maxPosition[axis] = steps;
+        p_.Label13[axis]->setText(QString::number(steps));
+        send('m', axis, p_.Label13[axis]->text());
+    }
+
+    // The last known position: the board's counter starts from it.
+    void position(int axis) {
+        const qint32 steps = wholeNumberIn(setting(axis, "Position", QStringLiteral("0")));
+        link_.AchsPosition[axis] = steps;
+        p_.lblPosition1[axis]->setText(QString::number(steps));
+        std::optional<QString> mm;
+        refresh([&] {
+            mm = formatNumber(motion_.Schritte_in_mm(axis, steps).mm, QStringLiteral("##,##0.00"),
+                              control_.locale());
+        });
+        if (mm) p_.lblPosition2[axis]->setText(*mm);
+        if (axis == 0) {
+            if (!p_.Label9->text().contains(u"mm"))
+                p_.lblPosition[0]->setText(QString::number(steps));
+            else if (mm)
+                p_.lblPosition[0]->setText(*mm);
+        }
+        send('p', axis, p_.lblPosition1[axis]->text());
+    }
+
+    void internalDirection(int axis) {
+        QCheckBox* box = p_.cbDrehrichtungArduino[axis];
+        {
+            const QSignalBlocker quiet(box);
+            setValue(box, checkStateIn(setting(axis, "RichtungIntern", QStringLiteral("0"))));
+        }
+        send('c', axis, QString::number(value(box)));
+    }
+
+    // Limit switch and direction; the board takes them over when Setzen is pressed.
+    void switches(int axis) {
+        QCheckBox* limit = p_.cbEndschalter[axis];
+        QCheckBox* direction = p_.Check0[axis];
+        const QSignalBlocker quietLimit(limit);
+        const QSignalBlocker quietDirection(direction);
+        setValue(limit, checkStateIn(setting(axis, "Endschalter", QStringLiteral("0"))));
+        setValue(direction, checkStateIn(setting(axis, "a_Richtung", QStringLiteral("0"))));
+    }
+    // Setzen acts on the axis chosen with obMotor; the operator's choice comes back afterwards.
+    void pressSetzen(int axis) {
+        QRadioButton* chosen = p_.obMotor[1]->isChecked() ? p_.obMotor[1] : p_.obMotor[0];
+        p_.obMotor[axis]->setChecked(true);
+        startup_.Setzen_Click();
+        chosen->setChecked(true);
+    }
+
+    // Backlash in steps; the link chooses its acknowledgements by it.
+    void backlash(int axis) {
+        const qint32 steps = wholeNumberIn(setting(axis, "spiel", QStringLiteral("0")));
+        p_.tSpiel[axis]->setText(QString::number(steps));
+        link_.backlash[axis] = steps;
+        send('a', axis, Trim(p_.tSpiel[axis]->text()));
+    }
+
+    void stackRange() {
+        p_.BBeginn[0]->setText(setting(0, "Beginn", p_.BBeginn[0]->text()));
+        p_.BEnde[0]->setText(setting(0, "Ende", p_.BEnde[0]->text()));
+    }
+    void seriesCounter() {
+        control_.stacking()->Serie = wholeNumberIn(
+            control_.ini(QStringLiteral("Verzeichnis"), QStringLiteral("Serie"), "10"));
+    }
+
+    // The brightness bars are set without sending: the lights follow once they are switched.
+    void brightness(int channel, int axis, const char* key) {
+        QScrollBar* bar = p_.HScroll1[channel];
+        const QSignalBlocker quiet(bar);
+        bar->setValue(wholeNumberIn(setting(axis, key, QStringLiteral("255"))));
+    }
+
+    // Which light the rig has: 0 the controller's two channels, 1 or more a light module, shown
+    // in its frame. A module the panel has no frame for counts as none.
+    void lightingMode() {
+        const qint32 mode = wholeNumberIn(control_.ini(control_.MotorName(), "DLicht", "0"));
+        const bool known = mode >= -32768 && mode <= qint32(p_.Frame13.size());
+        control_.lighting()->DLicht = known ? qint16(mode) : 0;
+        if (known && mode >= 1) p_.Frame13[mode - 1]->setVisible(true);
+    }
+    // The light module is chosen and told its type; without one, both channels are set.
+    void bellowsLights() {
+        const qint16 mode = control_.lighting()->DLicht;
+        if (mode < 1) {
+            brightness(0, 0, "helligkeit0");
+            brightness(1, 1, "helligkeit1");
+            p_.Licht[0]->setChecked(true);
+            return;
+        }
+        control_.Output(QStringLiteral("m%1!").arg(mode - 1));
+        brightness(mode + 1, 0, "helligkeit0");
+        p_.Licht[mode + 1]->setChecked(true);
+        if (mode == 1)
+            control_.Output(QStringLiteral("t5!"));
+        else
+            startup_.typ_Click();
+    }
+
+    // The lights go on, the optics follow the positions, and the light set above gets its
+    // brightness through the bar's own handler.
+    void bellowsFinish() {
+        control_.Beleuchtung(1);
+        refresh([&] { control_.optics()->updateExtension(); });
+        if (p_.Label9->text().contains(u"mm"))
+            refresh([&] {
+                p_.lblPosition[0]->setText(formatNumber(motion_.Schritte_in_mm(0, -1).mm,
+                                                        QStringLiteral("##,##0.000"),
+                                                        control_.locale()));
+            });
+        refresh([&] { control_.optics()->BildGroesse(); });
+        const qint16 mode = control_.lighting()->DLicht;
+        QScrollBar* bar = p_.HScroll1[mode < 1 ? 0 : mode + 1];
+        emit bar->valueChanged(bar->value());
+    }
+
+    void changerCaptions() {
+        for (int i = 0; i < int(p_.lbObjektiv.size()); ++i) {
+            QLabel* caption = p_.lbObjektiv[i];
+            caption->setText(setting(0, QStringLiteral("Objektiv%1").arg(i), caption->text()));
+        }
+    }
+
+    void send(char letter, int axis, const QString& value) {
+        control_.Output(axisLetter(letter, axis) + value + QLatin1Char('#'));
+    }
+
+private:
+    QString setting(int axis, const QString& key, const QString& byDefault) {
+        return control_.ini(control_.MotorName() + QString::number(axis), key, byDefault);
+    }
+    QString setting(int axis, const char* key, const QString& byDefault) {
+        return setting(axis, QString::fromLatin1(key), byDefault);
+    }
+
+    // The exponent the first division button keeps (the board may have told it, see ?0#).
+    int exponentInForce(int axis) const {
+        const qint32 exponent = wholeNumberIn(tag(axis == 0 ? p_.micro0[0] : p_.micro1[0]));
+        return exponent >= 0 && exponent < kDivisions ? exponent : 0;
+    }
+
+    // A width in mm as the control's locale writes it ("22,5"), else its leading number.
+    float singleIn(const QString& text) const {
+        try {
+            return textToSingle(text, control_.locale());
+        } catch (const RuntimeError&) {
+        }
+        try {
+            return toSingle(numberIn(text));
+        } catch (const RuntimeError&) {
+            return 0;
+        }
+    }
+
+    ctlQuendrix& control_;
+    Panel& p_;
+    Link& link_;
+    Waiter& waiter_;
+    Startup& startup_;
+    Motion& motion_;
+};
+
+}  // namespace
+
+// Distance axis 0 and bellows axis 1. The two axes take their settings in different orders.
+void Startup::configureBellowsRig() {
+    RigSetup rig(control_, link_, waiter_, *this);
+    rig.stackTiming();
+    rig.raiseAmount(QStringLiteral("30"));
+    rig.lightingMode();
+    rig.camera();
+    refresh([&] { control_.calibration()->load(); });
+
+    rig.queryAxis(0);
+    rig.drive(0, QStringLiteral("1"), QStringLiteral("1600"));
+    rig.microStepsOffered(0);
+    if (control_.Mikroschritt0() < 1)
+        rig.fullSteps(0);
+    else
+        rig.chooseDivision(0, rig.storedDivision(0));
+    rig.pause(0, QStringLiteral("800"));
+    rig.encoderKind(0);
+    rig.encoderRange(0);
+    rig.travel(0, QStringLiteral("560000"));
+    rig.position(0);
+    rig.internalDirection(0);
+    rig.switches(0);
+    rig.pressSetzen(0);
+    rig.backlash(0);
+    rig.startTime(0);
+    rig.stage(0);
+    rig.stackRange();
+    refresh([&] { control_.stacking()->Ebenen_Change(); });
+    rig.seriesCounter();
+
+    rig.queryAxis(1);
+    rig.drive(1, QStringLiteral("1,25"), QStringLiteral("48"));
+    rig.microStepsOffered(1);
+    rig.chooseDivision(1, rig.storedDivision(1));
+    rig.pause(1, QStringLiteral("8000"));
+    rig.startTime(1);
+    rig.stage(1);
+    rig.encoderKind(1);
+    rig.encoderRange(1);
+    rig.travel(1, QStringLiteral("4050"));
+    setTag(panel_.Slider1, QStringLiteral("OK"));
+    refresh([&] { control_.Balgen_einstellen(); });
+    rig.position(1);
+    rig.internalDirection(1);
+    rig.switches(1);
+    rig.pressSetzen(1);
+    rig.backlash(1);
+
+    rig.bellowsLights();
+    rig.bellowsFinish();
+    link_.bBereit = true;
+}
+
+// One axis under a microscope or binocular stand; the division goes to the board at once.
+void Startup::configureSingleAxisRig() {
+    RigSetup rig(control_, link_, waiter_, *this);
+    rig.queryAxis(0);
+    rig.stackTiming();
+    rig.camera();
+    rig.raiseAmount(QStringLiteral("0"));
+    rig.drive(0, QStringLiteral("1"), QStringLiteral("400"));
+    rig.microStepsOffered(0);
+    if (control_.Mikroschritt0() < 1) {
+        rig.fullSteps(0);
+        rig.send('g', 0, QStringLiteral("0"));
+    } else {
+        const int exponent = rig.storedDivision(0);
+        rig.chooseDivision(0, exponent);
+        rig.send('g', 0, QString::number(exponent));
+    }
+    waiter_.doEvents();
+    control_.Output(QStringLiteral("h0#"));
+    rig.pause(0, QStringLiteral("500"));
+    rig.startTime(0);
+    rig.stage(0);
+    rig.encoderRange(0);
+    rig.travel(0, QStringLiteral("1"));
+    rig.position(0);
+    rig.internalDirection(0);
+    rig.switches(0);
+    rig.microStepsOffered(0);
+    rig.pressSetzen(0);
+    control_.Output(QStringLiteral("b#"));
+    rig.brightness(0, 0, "helligkeit0");
+    rig.brightness(1, 1, "helligkeit1");
+    control_.Beleuchtung(1);
+    rig.backlash(0);
+    rig.stackRange();
+    rig.seriesCounter();
+    link_.bBereit = true;
+}
+
+// Distance axis 0 and the five-position lens changer, whose captions are kept here too.
+void Startup::configureLensChangerRig() {
+    RigSetup rig(control_, link_, waiter_, *this);
+    rig.raiseAmount(QStringLiteral("30"));
+    rig.stackTiming();
+    rig.camera();
+    rig.drive(0, QStringLiteral("1"), QStringLiteral("400"));
+    rig.pause(0, QStringLiteral("500"));
+    rig.encoderRange(0);
+    rig.travel(0, QStringLiteral("1"));
+    rig.position(0);
+    rig.internalDirection(0);
+    rig.switches(0);
+    rig.microStepsOffered(0);
+    rig.pressSetzen(0);
+    rig.brightness(0, 0, "helligkeit0");
+    control_.Beleuchtung(1);
+    rig.backlash(0);
+    rig.stackRange();
+    rig.seriesCounter();
+    rig.changerCaptions();
+    link_.bBereit = true;
+}
+
+}  // namespace quendrix

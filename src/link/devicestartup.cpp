@@ -1,0 +1,134 @@
+// Bringing the board into service once its link is open: the board says who it is, the rig's
+// settings go onto the panel and to the board (deviceconfig.cpp, one sequence per rig type),
+// and the host learns through Bereitschaft whether the rig is ready.
+#include "link/link.h"
+#include "link/startup.h"
+#include "motion/speed.h"
+#include "settings/numbers.h"
+#include "settings/wait.h"
+
+#include <quendrix/Panel.h>
+#include <quendrix/ctlQuendrix.h>
+
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QScrollBar>
+
+namespace quendrix {
+
+namespace {
+
+constexpr double kIdentificationSeconds = 5;
+
+// The words of an identification line that name a rig this panel drives (a board whose motor
+// supply is off names that instead of its rig).
+const char* const kKnownBoards[] = {"Photostand", "Motorspannung", "Photostepper", "Binokular",
+                                    "Mikroskop"};
+
+bool namesKnownBoard(const QString& identification) {
+    for (const char* word : kKnownBoards)
+        if (identification.contains(QLatin1String(word))) return true;
+    return false;
+}
+
+// The panel fills itself in many small steps between the board's answers; it is painted once,
+// when it is filled, instead of after every answer.
+class PaintingHeld {
+public:
+    explicit PaintingHeld(QWidget& panel) : panel_(panel), was_(panel.updatesEnabled()) {
+        panel_.setUpdatesEnabled(false);
+    }
+    ~PaintingHeld() { panel_.setUpdatesEnabled(was_); }
+    PaintingHeld(const PaintingHeld&) = delete;
+    PaintingHeld& operator=(const PaintingHeld&) = delete;
+
+private:
+    QWidget& panel_;
+    bool was_;
+};
+
+}  // namespace
+
+void Startup::Motor_Starten() {
+    Panel& p = panel_;
+    Platform& platform = control_.platform();
+    const PaintingHeld held(control_);
+
+    // Output clears the acknowledgement before it sends, so the wait below ends on the
+    // board's answer to this query, not on an earlier one.
+    control_.Output(QStringLiteral("?#\r\n"));
+    waiter_.waitFor([this] { return link_.bQuittiert; }, kIdentificationSeconds);
+
+    // No answer leaves the identification empty (or as it was), which is reported like a
+    // board that is no Arduino.
+    const QString identification = link_.sKennText[1];
+    bool recognised = false;
+    if (!identification.contains(u"Arduino")) {
+        p.Text1[0]->setText(QStringLiteral("Arduino nicht gefunden. "));
+        platform.messageBox(QStringLiteral("'Arduino' nicht gefunden"), MsgBox::Exclamation,
+                            QString());
+    } else if (!namesKnownBoard(identification)) {
+        p.Text1[0]->setText(QStringLiteral("unbekannt"));
+        platform.messageBox(QStringLiteral("Unbekanntes Gerät mit Arduino an diesem Anschluß"),
+                            MsgBox::Exclamation, QString());
+    } else {
+        p.Text1[0]->setText(identification);
+        waiter_.doEvents();
+        recognised = true;
+    }
+    if (identification.contains(u"Motorspannung"))
+        platform.messageBox(QStringLiteral("Motorstrom einschalten"), MsgBox::Exclamation,
+                            QString());
+
+    if (!recognised) {
+        link_.bBereit = false;
+        const QString report = identification.contains(u"unbekannt")
+                                   ? QStringLiteral("Arduino Interface kennt den Motor %1 nicht")
+                                         .arg(control_.Controltyp())
+                                   : QStringLiteral(
+                                         "Arduino Interface nicht angeschlossen oder von anderem "
+                                         "Programm verwendet\r\n") +
+                                         p.Text1[0]->text();
+        platform.messageBox(report, MsgBox::OKOnly, QStringLiteral("Interface suchen"));
+    } else {
+        control_.Optik_laden();
+        switch (control_.Controltyp()) {
+            case 0:
+                configureBellowsRig();
+                break;
+            case 1:
+                configureLensChangerRig();
+                break;
+            case 2:
+                configureSingleAxisRig();
+                break;
+            default:
+                // A rig type this panel has no settings for is taken as it is.
+                link_.bBereit = true;
+                break;
+        }
+    }
+
+    // Whether the rig has its light channels is known even when the board is not.
+    const QString section = control_.MotorName();
+    for (int channel : {0, 1}) {
+        const QString fitted = control_.ini(section, QStringLiteral("Lichtregler%1").arg(channel),
+                                            QStringLiteral("1"));
+        if (Trim(fitted) == u"0") p.HScroll1[channel]->setVisible(false);
+    }
+    emit control_.Bereitschaft(link_.bBereit);
+}
+
+// The limit-switch and direction settings of the axis chosen with obMotor take effect.
+void Startup::Setzen_Click() {
+    const int axis = panel_.obMotor[1]->isChecked() ? 1 : 0;
+    control_.Output(axisLetter('t', axis) + QStringLiteral("1#"));
+}
+
+// The light module is told which module it is ("m1!"), then its segment setting ("s0!").
+void Startup::typ_Click() {
+    control_.Output(QStringLiteral("m1!"));
+    control_.Output(QStringLiteral("s0!"));
+}
+
+}  // namespace quendrix

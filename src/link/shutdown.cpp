@@ -1,0 +1,165 @@
+// Taking the rig out of service: the motors and lights are stopped, the run timer ends, the
+// configuration and positions go back to the settings file under the keys Motor_Starten reads,
+// and on the serial link the board is told to quit and the port is closed.
+#include "link/link.h"
+#include "link/startup.h"
+#include "motion/motion.h"
+#include "settings/numbers.h"
+#include "settings/wait.h"
+
+#include <quendrix/Panel.h>
+#include <quendrix/ctlQuendrix.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QScrollBar>
+#include <QSerialPort>
+#include <QTabWidget>
+#include <QTimer>
+
+namespace quendrix {
+
+namespace {
+
+QString number(qint64 value) {
+    return QString::number(value);
+}
+
+// Writes the rig's state key by key. The order of the writes is the order in which new keys
+// appear in the file, so it is kept as the next start-up reads them.
+class StateWriter {
+public:
+    StateWriter(ctlQuendrix& control, const Panel& panel, const Link& link, const Motion& motion)
+        : control_(control), panel_(panel), link_(link), motion_(motion) {}
+
+    // Position, the stack settings (axis 0 only), pause, micro-steps, encoder and travel.
+    // withEncoderKind adds the encoder's kind and type, which only the two-axis rig keeps.
+    void motion(int axis, bool withEncoderKind) const {
+        put(axis, QStringLiteral("Position"), number(link_.AchsPosition[axis]));
+        if (axis == 0) {
+            put(axis, QStringLiteral("Beginn"), panel_.BBeginn[0]->text());
+            put(axis, QStringLiteral("Ende"), panel_.BEnde[0]->text());
+            put(axis, QStringLiteral("Wartezeit"), panel_.wartezeit->text());
+        }
+        // The stored full-step pause, not the per-micro-step text shown.
+        put(axis, QStringLiteral("Taktpause"), tag(panel_.Taktpause[axis]));
+        if (axis == 0) put(axis, QStringLiteral("Serie"), panel_.Ebenen->text());
+        // The first option button carries the exponent in force.
+        put(axis, QStringLiteral("micro"), tag(axis == 0 ? panel_.micro0[0] : panel_.micro1[0]));
+        put(axis, QStringLiteral("enc"), number(value(panel_.ENC[axis])));
+        if (withEncoderKind) {
+            put(axis, QStringLiteral("enc_wert"), panel_.Encoderart[axis]->text());
+            put(axis, QStringLiteral("enc_typ"), number(value(panel_.E_Typ[axis])));
+        }
+        put(axis, QStringLiteral("MaxPosition"), number(motion_.maxPosition[axis]));
+    }
+
+    // The direction, limit-switch and micro-step switches of an axis.
+    void switches(int axis) const {
+        put(axis, QStringLiteral("RichtungIntern"),
+            number(value(panel_.cbDrehrichtungArduino[axis])));
+        put(axis, QStringLiteral("Endschalter"), number(value(panel_.cbEndschalter[axis])));
+        put(axis, QStringLiteral("Mikroschritte"),
+            number(axis == 0 ? control_.Mikroschritt0() : control_.Mikroschritt1()));
+        put(axis, QStringLiteral("a_Richtung"), number(value(panel_.Check0[axis])));
+    }
+
+    // The raise amount and the first light's brightness, both kept with axis 0.
+    void raiseAndFirstLight() const {
+        put(0, QStringLiteral("anheben"), panel_.Anheben->text());
+        put(0, QStringLiteral("Helligkeit0"), brightness(0));
+    }
+
+    void secondLight() const { put(1, QStringLiteral("Helligkeit1"), brightness(1)); }
+
+    // The camera: sensor width and pixels, lens offset and focal length.
+    void camera() const {
+        const QString section = control_.Kameratyp();
+        control_.setini(section, QStringLiteral("Bildbreite"), panel_.Sensor_breite->text());
+        control_.setini(section, QStringLiteral("basisaufloesungx"), panel_.SensorBreiteP->text());
+        control_.setini(section, QStringLiteral("offset"), panel_.txOffset->text());
+        control_.setini(section, QStringLiteral("Brennweite"), panel_.txBrennweite->text());
+    }
+
+    QString brightness(int channel) const { return number(panel_.HScroll1[channel]->value()); }
+
+private:
+    void put(int axis, const QString& key, const QString& text) const {
+        control_.setini(control_.MotorName() + number(axis), key, text);
+    }
+
+    ctlQuendrix& control_;
+    const Panel& panel_;
+    const Link& link_;
+    const Motion& motion_;
+};
+
+}  // namespace
+
+void Startup::Motor_Abschalten() {
+    panel_.SSTab1->setCurrentIndex(0);
+    waiter_.doEvents();
+
+    // Motors and lights stop. The stop commands wait for their acknowledgements as every
+    // command does; on a dead link they fail or time out and the state is saved regardless.
+    const qint16 rigType = control_.Controltyp();
+    if (rigType != 0) {
+        control_.Output(QStringLiteral("s#"));
+        control_.Output(QLatin1Char('w') + Trim(panel_.Taktpause[0]->text()) + QLatin1Char('#'));
+    } else {
+        for (const char* command : {"l0#", "L0#", "l0!", "s#", "S#"})
+            control_.Output(QString::fromLatin1(command));
+    }
+    control_.Timer3()->stop();  // no run goes on
+
+    // The selected lens, per motor in the camera's section.
+    control_.setini(control_.Kameratyp(), QStringLiteral("Aktuell") + control_.MotorName().right(1),
+                    number(panel_.cbOptik->currentIndex()));
+
+    const StateWriter state(control_, panel_, link_, *control_.motion());
+    switch (rigType) {
+        case 0:  // two axes; the camera keys go between the second axis's travel and switches
+            state.motion(0, true);
+            state.switches(0);
+            state.raiseAndFirstLight();
+            state.motion(1, true);
+            state.camera();
+            state.switches(1);
+            state.secondLight();
+            break;
+        case 1:  // distance axis and lens changer: the changer is told the light's brightness
+            state.motion(0, false);
+            state.switches(0);
+            state.raiseAndFirstLight();
+            control_.Output(QStringLiteral("d-") + state.brightness(0) + QLatin1Char('#'));
+            break;
+        case 2:  // one axis, with the second light channel kept in the second axis's section
+            state.motion(0, false);
+            state.switches(0);
+            state.raiseAndFirstLight();
+            state.secondLight();
+            break;
+        default:  // an unknown rig has no axis state of its own
+            break;
+    }
+
+    waiter_.doEvents();
+    link_.bBereit = false;
+
+    // From here nothing may fail the shutdown: a port already gone or unplugged is no error.
+    // The quit goes straight to the port; no acknowledgement is awaited.
+    try {
+        QSerialPort* port = control_.MSComm1();
+        if (!control_.wifi && port->isOpen()) {
+            port->write(QByteArrayLiteral("Q#"));
+            port->flush();
+            port->close();
+        }
+        waiter_.doEvents();
+    } catch (...) {  // NOLINT(bugprone-empty-catch): errors are ignored on the way out
+    }
+}
+
+}  // namespace quendrix

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+class ctlQuendrix;
+
+namespace quendrix {
+
+class Link;
+class Panel;
+class Waiter;
+
+// Bringing the rig into service and out of it: opening the serial or WiFi link and
+// identifying the board (Comm_Starten, WiFi_Starten), configuring it from the settings file
+// (Motor_Starten, which ends by raising Bereitschaft), and stopping it with its state written
+// back (Motor_Abschalten).
+class Startup : public QObject {
+    Q_OBJECT
+
+public:
+    Startup(ctlQuendrix& control, Panel& panel, Link& link, Waiter& waiter);
+
+    void Comm_Starten();
+    void WiFi_Starten();
+    void Motor_Starten();
+    void Motor_Abschalten();
+
+    // The motor-selection panel's buttons that start-up presses: Setzen hands the limit-switch
+    // and direction settings of the selected axis to the board ("t1#" / "T1#"); typ sends the
+    // light module's type ("m1!" then "s0!").
+    void Setzen_Click();
+    void typ_Click();
+
+    // The serial device for the settings' port value: a number n is the first existing of
+    // /dev/ttyACMn, /dev/ttyUSBn, /dev/ttySn (COMn on Windows); anything else is a device name.
+    static QString serialDeviceFor(const QString& port);
+    // Host and port of the settings' address: "host" or "host:port" (default port 23).
+    static std::pair<QString, quint16> wifiAddressFor(const QString& address);
+
+private:
+    bool identifiedBoard(const QString& line) const;
+    // The settings of each rig type onto the panel and to the board (Controltyp 0, 1, 2);
+    // each ends with the rig ready.
+    void configureBellowsRig();
+    void configureLensChangerRig();
+    void configureSingleAxisRig();
+
+    ctlQuendrix& control_;
+    Panel& panel_;
+    Link& link_;
+    Waiter& waiter_;
+};
+
+}  // namespace quendrix

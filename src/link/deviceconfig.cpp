@@ -395,6 +395,10 @@ void Startup::configureBellowsRig() {
 
     rig.bellowsLights();
     rig.bellowsFinish();
+    // The bellows controls, disabled until now, can be used once the bellows is configured.
+    panel_.Frame4->setEnabled(true);
+    for (QWidget* control : panel_.Frame4->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
+        control->setEnabled(true);
     link_.bBereit = true;
 }
 

@@ -11,6 +11,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -83,6 +84,7 @@ private slots:
         QCOMPARE(control().motion()->maxPosition[1], 4050);
         QCOMPARE(control().stacking()->Serie, 10);
         QVERIFY(p.Licht[0]->isChecked() && p.obMotor[0]->isChecked());
+        QVERIFY(p.Frame4->isEnabled() && p.B_AUF[0]->isEnabled());  // the bellows can be used
     }
 
     void bellowsFromCompleteSettings() {

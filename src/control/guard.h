@@ -19,4 +19,11 @@ void runGuarded(Platform& platform, Handler&& handler) {
     }
 }
 
+// A slot for a panel signal that runs `handler` guarded. The control is asked for its platform
+// each time, since a host may replace the platform after the panel was wired.
+template <typename Control, typename Handler>
+auto guardedSlot(const Control& control, Handler handler) {
+    return [&control, handler](auto&&...) { runGuarded(control.platform(), handler); };
+}
+
 }  // namespace quendrix

@@ -60,8 +60,7 @@ Lighting::Lighting(ctlQuendrix& control, Panel& panel, Link& link)
     : control_(control), panel_(panel), link_(link) {
     // Only the operator's clicks switch: boxes set while the panel starts send nothing.
     for (QCheckBox* box : panel_.Licht)
-        connect(box, &QCheckBox::clicked, this,
-                [this] { runGuarded(control_.platform(), [this] { Beleuchtung(1); }); });
+        connect(box, &QCheckBox::clicked, this, guardedSlot(control_, [this] { Beleuchtung(1); }));
     // A drag sends one brightness when it is let go, not one per pixel.
     for (int channel = 0; channel < int(panel_.HScroll1.size()); ++channel) {
         panel_.HScroll1[channel]->setTracking(false);

@@ -31,9 +31,9 @@ constexpr quint16 kWifiPort = 23;
 Startup::Startup(ctlQuendrix& control, Panel& panel, Link& link, Waiter& waiter)
     : control_(control), panel_(panel), link_(link), waiter_(waiter) {
     connect(panel_.Setzen, &QPushButton::clicked, this,
-            [this] { runGuarded(control_.platform(), [this] { Setzen_Click(); }); });
+            guardedSlot(control_, [this] { Setzen_Click(); }));
     connect(panel_.typ, &QPushButton::clicked, this,
-            [this] { runGuarded(control_.platform(), [this] { typ_Click(); }); });
+            guardedSlot(control_, [this] { typ_Click(); }));
 }
 
 QString Startup::serialDeviceFor(const QString& port) {

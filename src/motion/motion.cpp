@@ -47,15 +47,14 @@ Motion::Motion(ctlQuendrix& control, Panel& panel, Link& link, Waiter& waiter)
 
 void Motion::connectPanel() {
     Panel& p = panel_;
-    auto guarded = [this](auto handler) {
-        return [this, handler](auto&&...) { runGuarded(control_.platform(), handler); };
-    };
     for (int i = 0; i < int(p.Check0.size()); ++i)
         connect(p.Check0[i], &QCheckBox::stateChanged, this,
-                guarded([this, i] { Check0_Click(i); }));
+                guardedSlot(control_, [this, i] { Check0_Click(i); }));
     for (int i = 0; i < 5; ++i) {
-        connect(p.Auf[i], &QPushButton::clicked, this, guarded([this, i] { jogClicked(i); }));
-        connect(p.Ab[i], &QPushButton::clicked, this, guarded([this, i] { jogClicked(i); }));
+        connect(p.Auf[i], &QPushButton::clicked, this,
+                guardedSlot(control_, [this, i] { jogClicked(i); }));
+        connect(p.Ab[i], &QPushButton::clicked, this,
+                guardedSlot(control_, [this, i] { jogClicked(i); }));
     }
     // Jog buttons watch press, release and hovering (mouse moves without a button held).
     std::vector<QPushButton*> jog(p.Auf.begin(), p.Auf.end());
@@ -68,8 +67,10 @@ void Motion::connectPanel() {
     p.Drehen->installEventFilter(this);
     p.Label9->installEventFilter(this);
 
-    connect(p.cmdHeben, &QPushButton::clicked, this, guarded([this] { cmdHeben_Click(); }));
-    connect(p.cmdSenken, &QPushButton::clicked, this, guarded([this] { cmdSenken_Click(); }));
+    connect(p.cmdHeben, &QPushButton::clicked, this,
+            guardedSlot(control_, [this] { cmdHeben_Click(); }));
+    connect(p.cmdSenken, &QPushButton::clicked, this,
+            guardedSlot(control_, [this] { cmdSenken_Click(); }));
     // Enter in the raise box keeps the amount for the next start.
     connect(p.Anheben, &QLineEdit::returnPressed, this, [this] {
         control_.setini(control_.MotorName() + QLatin1Char('0'), QStringLiteral("anheben"),
@@ -78,11 +79,11 @@ void Motion::connectPanel() {
 
     for (int axis = 0; axis < 2; ++axis) {
         connect(p.cbEndschalter[axis], &QCheckBox::stateChanged, this,
-                guarded([this, axis] { cbEndschalter_Click(axis); }));
+                guardedSlot(control_, [this, axis] { cbEndschalter_Click(axis); }));
         connect(p.cbDrehrichtungArduino[axis], &QCheckBox::stateChanged, this,
-                guarded([this, axis] { cbDrehrichtungArduino_Click(axis); }));
+                guardedSlot(control_, [this, axis] { cbDrehrichtungArduino_Click(axis); }));
         connect(p.cbMikroschritt[axis], &QCheckBox::stateChanged, this,
-                guarded([this, axis] { cbMikroschritt_Click(axis); }));
+                guardedSlot(control_, [this, axis] { cbMikroschritt_Click(axis); }));
         const auto& options = axis == 0 ? p.micro0 : p.micro1;
         for (int k = 0; k < int(options.size()); ++k) {
             connect(options[k], &QRadioButton::toggled, this, [this, axis, k](bool selected) {

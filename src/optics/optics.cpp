@@ -55,49 +55,51 @@ Optics::Optics(ctlQuendrix& control, Panel& panel, Link& link, Motion& motion,
 
 void Optics::connectPanel() {
     Panel& p = panel_;
-    auto guarded = [this](auto handler) {
-        return [this, handler](auto&&...) { runGuarded(control_.platform(), handler); };
-    };
     connect(&link_, &Link::positionReported, this, &Optics::axisMoved);
-    connect(&link_, &Link::lensShown, this, guarded([this] { lblOptik_Change(); }));
-    connect(p.cbOptik, &QComboBox::currentIndexChanged, this, guarded([this] { cbOptik_Click(); }));
-    connect(p.NeuObjektiv, &QPushButton::clicked, this, guarded([this] { NeuObjektiv_Click(); }));
-    connect(p.NeuName, &QPushButton::clicked, this, guarded([this] { NeuName_Click(); }));
-    connect(p.Speichern, &QPushButton::clicked, this, guarded([this] { Speichern_Click(); }));
-    connect(p.Option1, &QRadioButton::clicked, this, guarded([this] { BildGroesse(); }));
+    connect(&link_, &Link::lensShown, this, guardedSlot(control_, [this] { lblOptik_Change(); }));
+    connect(p.cbOptik, &QComboBox::currentIndexChanged, this,
+            guardedSlot(control_, [this] { cbOptik_Click(); }));
+    connect(p.NeuObjektiv, &QPushButton::clicked, this,
+            guardedSlot(control_, [this] { NeuObjektiv_Click(); }));
+    connect(p.NeuName, &QPushButton::clicked, this,
+            guardedSlot(control_, [this] { NeuName_Click(); }));
+    connect(p.Speichern, &QPushButton::clicked, this,
+            guardedSlot(control_, [this] { Speichern_Click(); }));
+    connect(p.Option1, &QRadioButton::clicked, this,
+            guardedSlot(control_, [this] { BildGroesse(); }));
     connect(p.Synchron, &QPushButton::clicked, this,
-            guarded([this] { calibration_.Synchron_Click(); }));
+            guardedSlot(control_, [this] { calibration_.Synchron_Click(); }));
     connect(p.cmdAufnehmen, &QPushButton::clicked, this,
-            guarded([this] { calibration_.cmdAufnehmen_Click(); }));
+            guardedSlot(control_, [this] { calibration_.cmdAufnehmen_Click(); }));
     connect(p.cmdFertig, &QPushButton::clicked, this,
-            guarded([this] { calibration_.cmdFertig_Click(); }));
+            guardedSlot(control_, [this] { calibration_.cmdFertig_Click(); }));
     connect(p.Loeschen, &QPushButton::clicked, this,
-            guarded([this] { calibration_.Loeschen_Click(); }));
+            guardedSlot(control_, [this] { calibration_.Loeschen_Click(); }));
 
     // Enter in a box stores it.
     connect(
-        p.Sensor_breite, &QLineEdit::returnPressed, this, guarded([this] {
+        p.Sensor_breite, &QLineEdit::returnPressed, this, guardedSlot(control_, [this] {
             storeOnEnter(cameraSection(), QStringLiteral("Bildbreite"),
                          panel_.Sensor_breite->text());
             control_.setSensorbreite(textToSingle(panel_.Sensor_breite->text(), control_.locale()));
         }));
-    connect(p.SensorBreiteA, &QLineEdit::returnPressed, this, guarded([this] {
+    connect(p.SensorBreiteA, &QLineEdit::returnPressed, this, guardedSlot(control_, [this] {
                 storeOnEnter(cameraSection(), QStringLiteral("aufloesungx"),
                              panel_.SensorBreiteA->text());
                 if (control_.Controltyp() == 0) Balgen_einstellen();
             }));
-    connect(p.SensorBreiteP, &QLineEdit::returnPressed, this, guarded([this] {
+    connect(p.SensorBreiteP, &QLineEdit::returnPressed, this, guardedSlot(control_, [this] {
                 storeOnEnter(cameraSection(), QStringLiteral("basisaufloesungx"),
                              panel_.SensorBreiteP->text());
                 if (control_.Controltyp() == 0) Balgen_einstellen();
             }));
-    connect(p.Zwischenringe, &QLineEdit::returnPressed, this, guarded([this] {
+    connect(p.Zwischenringe, &QLineEdit::returnPressed, this, guardedSlot(control_, [this] {
                 storeOnEnter(cameraSection(),
                              QStringLiteral("zwischenringe") + control_.MotorName().right(1),
                              panel_.Zwischenringe->text());
             }));
     for (QLineEdit* lead : p.Steigung) {
-        connect(lead, &QLineEdit::returnPressed, this, guarded([this, lead] {
+        connect(lead, &QLineEdit::returnPressed, this, guardedSlot(control_, [this, lead] {
                     storeOnEnter(control_.MotorName(), QStringLiteral("Steigung"), lead->text());
                     Balgen_einstellen();
                 }));
@@ -113,12 +115,14 @@ void Optics::connectPanel() {
             }
         });
     }
-    connect(p.Bildbreite, &QLineEdit::textChanged, this, guarded([this] { scaleImageWidth(); }));
+    connect(p.Bildbreite, &QLineEdit::textChanged, this,
+            guardedSlot(control_, [this] { scaleImageWidth(); }));
 
     connect(p.Slider1, &QSlider::sliderMoved, this, [this](int micrometres) {
         runGuarded(control_.platform(), [&] { setFieldWidthFromSlider(micrometres); });
     });
-    connect(p.Slider1, &QSlider::sliderReleased, this, guarded([this] { driveBellowsToSlider(); }));
+    connect(p.Slider1, &QSlider::sliderReleased, this,
+            guardedSlot(control_, [this] { driveBellowsToSlider(); }));
     connect(p.Slider2, &QSlider::valueChanged, this, [this](int value) {
         for (QLabel* label : panel_.Label4) {
             QPalette palette = label->palette();

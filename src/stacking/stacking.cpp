@@ -26,16 +26,18 @@ Stacking::Stacking(ctlQuendrix& control, Panel& panel, Link& link, Motion& motio
 
 void Stacking::connectPanel() {
     Panel& p = panel_;
-    auto guarded = [this](auto handler) {
-        return [this, handler](auto&&...) { runGuarded(control_.platform(), handler); };
-    };
-    connect(p.AutoKomb, &QPushButton::clicked, this, guarded([this] { AutoKomb_Click(); }));
-    connect(p.Mittelw, &QPushButton::clicked, this, guarded([this] { Mittelw_Click(); }));
-    connect(p.Schicht, &QPushButton::clicked, this, guarded([this] { Schicht_Click(); }));
-    connect(p.Combine, &QPushButton::clicked, this, guarded([this] { Combine_Click(); }));
-    connect(p.Kopie, &QPushButton::clicked, this, guarded([this] { Kopie_Click(); }));
-    connect(p.Kopie2, &QPushButton::clicked, this, guarded([this] { Kopie_Click(); }));
-    connect(p.Timer3, &QTimer::timeout, this, guarded([this] { Timer3_Timer(); }));
+    connect(p.AutoKomb, &QPushButton::clicked, this,
+            guardedSlot(control_, [this] { AutoKomb_Click(); }));
+    connect(p.Mittelw, &QPushButton::clicked, this,
+            guardedSlot(control_, [this] { Mittelw_Click(); }));
+    connect(p.Schicht, &QPushButton::clicked, this,
+            guardedSlot(control_, [this] { Schicht_Click(); }));
+    connect(p.Combine, &QPushButton::clicked, this,
+            guardedSlot(control_, [this] { Combine_Click(); }));
+    connect(p.Kopie, &QPushButton::clicked, this, guardedSlot(control_, [this] { Kopie_Click(); }));
+    connect(p.Kopie2, &QPushButton::clicked, this,
+            guardedSlot(control_, [this] { Kopie_Click(); }));
+    connect(p.Timer3, &QTimer::timeout, this, guardedSlot(control_, [this] { Timer3_Timer(); }));
     // While the number of planes is being typed it is often no number yet; the plan follows
     // once it is one.
     connect(p.Ebenen, &QLineEdit::textChanged, this, [this] {

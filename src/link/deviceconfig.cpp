@@ -222,6 +222,18 @@ public:
         setValue(direction, checkStateIn(setting(axis, "a_Richtung", QStringLiteral("0"))));
     }
     // Setzen acts on the axis chosen with obMotor; the operator's choice comes back afterwards.
+    // The one-axis rigs' common run: encoder limits, travel, position, direction, the switches
+    // and the micro-step offer, handed over with Setzen.
+    void limitsAndSwitches(int axis, const QString& travelByDefault) {
+        encoderRange(axis);
+        travel(axis, travelByDefault);
+        position(axis);
+        internalDirection(axis);
+        switches(axis);
+        microStepsOffered(axis);
+        pressSetzen(axis);
+    }
+
     void pressSetzen(int axis) {
         QRadioButton* chosen = p_.obMotor[1]->isChecked() ? p_.obMotor[1] : p_.obMotor[0];
         p_.obMotor[axis]->setChecked(true);
@@ -424,13 +436,7 @@ void Startup::configureSingleAxisRig() {
     rig.pause(0, QStringLiteral("500"));
     rig.startTime(0);
     rig.stage(0);
-    rig.encoderRange(0);
-    rig.travel(0, QStringLiteral("1"));
-    rig.position(0);
-    rig.internalDirection(0);
-    rig.switches(0);
-    rig.microStepsOffered(0);
-    rig.pressSetzen(0);
+    rig.limitsAndSwitches(0, QStringLiteral("1"));
     control_.Output(QStringLiteral("b#"));
     rig.brightness(0, 0, "helligkeit0");
     rig.brightness(1, 1, "helligkeit1");
@@ -449,13 +455,7 @@ void Startup::configureLensChangerRig() {
     rig.camera();
     rig.drive(0, QStringLiteral("1"), QStringLiteral("400"));
     rig.pause(0, QStringLiteral("500"));
-    rig.encoderRange(0);
-    rig.travel(0, QStringLiteral("1"));
-    rig.position(0);
-    rig.internalDirection(0);
-    rig.switches(0);
-    rig.microStepsOffered(0);
-    rig.pressSetzen(0);
+    rig.limitsAndSwitches(0, QStringLiteral("1"));
     rig.brightness(0, 0, "helligkeit0");
     control_.Beleuchtung(1);
     rig.backlash(0);

@@ -8,6 +8,7 @@
 #include <QComboBox>
 #include <QFile>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -152,6 +153,18 @@ private slots:
         QCOMPARE(again.Taktpause[0]->text(), pause);
         QCOMPARE(again.HScroll1[0]->value(), 100);
         QCOMPARE(again.cbOptik->currentText(), QStringLiteral("Makro 100"));
+    }
+
+    void theMotorPanelButtonsHandTheSettingsOver() {
+        rig_ = std::make_unique<SimRig>();
+        QVERIFY(rig_->start());
+        quendrix::Panel& p = rig_->panel();
+        p.Setzen->click();
+        p.obMotor[1]->setChecked(true);
+        p.Setzen->click();
+        p.typ->click();
+        rig_->settle(0.1);
+        QCOMPARE(rig_->takeCommands(), QStringList({"t1#", "T1#", "m1!", "s0!"}));
     }
 
     void wifiNeedsAnAddress() {

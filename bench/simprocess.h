@@ -4,26 +4,37 @@
 // measured program's event loop.
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QIODevice>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSerialPort>
 #include <QStringList>
+#include <QTemporaryDir>
+#include <QThread>
 
 struct SimulatorProcess {
     QProcess process;
     QString serial;
     quint16 port = 0;
-    QString printed;
 
+    // What the simulator prints goes to a file, not a pipe: a pipe would wake the measured
+    // program's event loop once per logged command.
     bool start(const QStringList& arguments) {
+        if (!folder_.isValid()) return false;
+        output_.setFileName(folder_.filePath(QStringLiteral("simulator.out")));
+        process.setStandardOutputFile(output_.fileName());
         process.start(
             QCoreApplication::applicationDirPath() + QStringLiteral("/../sim/quendrix-sim"),
             arguments);
         if (!process.waitForStarted(5000)) return false;
         const bool wantsTcp = arguments.contains(QStringLiteral("--tcp"));
-        while ((serial.isEmpty() || (wantsTcp && port == 0)) && process.waitForReadyRead(5000)) {
-            printed += QString::fromLocal8Bit(process.readAllStandardOutput());
+        QElapsedTimer waited;
+        waited.start();
+        QString printed;
+        while ((serial.isEmpty() || (wantsTcp && port == 0)) && waited.elapsed() < 5000) {
+            QThread::msleep(10);
+            printed += readNew();
             const auto serialMatch =
                 QRegularExpression(QStringLiteral("serial: (\\S+)")).match(printed);
             const auto tcpMatch =
@@ -35,16 +46,22 @@ struct SimulatorProcess {
     }
     // Lines the program printed since the last call (with --log: one per command received).
     QStringList takePrinted() {
-        process.waitForReadyRead(100);
-        printed += QString::fromLocal8Bit(process.readAllStandardOutput());
-        const QStringList lines = printed.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-        printed.clear();
-        return lines;
+        QThread::msleep(100);
+        return readNew().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     }
     ~SimulatorProcess() {
         process.terminate();
         process.waitForFinished(3000);
     }
+
+private:
+    QString readNew() {
+        if (!output_.isOpen() && !output_.open(QIODevice::ReadOnly)) return {};
+        return QString::fromLocal8Bit(output_.readAll());
+    }
+
+    QTemporaryDir folder_;
+    QFile output_;
 };
 
 // Seconds per round trip: a command written, its acknowledgement line read back.

@@ -3,8 +3,10 @@
 #include "settings/cp1252.h"
 
 #include <QByteArrayView>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 
 #include <vector>
@@ -160,11 +162,8 @@ QString unstorableReason(const QString& section, const QString& key) {
     return {};
 }
 
-}  // namespace
-
-QString readValue(const QByteArray& contents, const QString& section, const QString& key,
-                  const QString& defaultValue) {
-    const std::vector<Line> lines = splitLines(contents);
+QString valueIn(const std::vector<Line>& lines, const QString& section, const QString& key,
+                const QString& defaultValue) {
     const Location at = locate(lines, requestName(section), requestName(key));
     if (at.keyLine >= 0) return cut(unquote(lines[at.keyLine].value));
 
@@ -174,6 +173,49 @@ QString readValue(const QByteArray& contents, const QString& section, const QStr
         --end;
     fallback.truncate(end);
     return fallback;
+}
+
+// The file read last, with its lines: start-up and shutdown read dozens of keys from one file
+// in a row. It serves again only while the file's size and modification time are those it
+// was read with; a write through this module drops it.
+struct ParsedFile {
+    QString path;
+    qint64 size = -1;
+    QDateTime modified;
+    QByteArray contents;
+    std::vector<Line> lines;  // views into contents
+};
+
+ParsedFile& lastRead() {
+    thread_local ParsedFile file;
+    return file;
+}
+
+const std::vector<Line>& linesOf(const QString& path) {
+    ParsedFile& file = lastRead();
+    const QFileInfo info(path);
+    if (!info.isFile()) {
+        file = ParsedFile();
+        return file.lines;
+    }
+    if (file.path == path && file.size == info.size() && file.modified == info.lastModified())
+        return file.lines;
+    file = ParsedFile();
+    QFile reading(path);
+    if (!reading.open(QIODevice::ReadOnly)) return file.lines;  // unreadable counts as missing
+    file.contents = reading.readAll();
+    file.lines = splitLines(file.contents);
+    file.path = path;
+    file.size = info.size();
+    file.modified = info.lastModified();
+    return file.lines;
+}
+
+}  // namespace
+
+QString readValue(const QByteArray& contents, const QString& section, const QString& key,
+                  const QString& defaultValue) {
+    return valueIn(splitLines(contents), section, key, defaultValue);
 }
 
 QByteArray writeValue(const QByteArray& contents, const QString& section, const QString& key,
@@ -218,9 +260,7 @@ QByteArray writeValue(const QByteArray& contents, const QString& section, const 
 
 QString readString(const QString& path, const QString& section, const QString& key,
                    const QString& defaultValue) {
-    QFile file(path);
-    const QByteArray contents = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    return readValue(contents, section, key, defaultValue);
+    return valueIn(linesOf(path), section, key, defaultValue);
 }
 
 bool writeString(const QString& path, const QString& section, const QString& key,
@@ -248,6 +288,7 @@ bool writeString(const QString& path, const QString& section, const QString& key
     if (error) error->clear();
     if (exists && updated == contents) return true;
 
+    lastRead() = ParsedFile();
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) return fail(file.errorString());
     if (file.write(updated) != updated.size() || !file.commit()) return fail(file.errorString());

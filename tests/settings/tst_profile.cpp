@@ -1,8 +1,10 @@
 #include "settings/cp1252.h"
 #include "settings/profile.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -172,6 +174,23 @@ void TestProfile::files() {
     QCOMPARE(readFile(path), expected + "\r\n[New]\r\nk=v\r\n");
     QCOMPARE(profile::readString(path, "Lens Data", "long", ""), QString(2047, 'x'));
     QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"rig.ini"});
+
+    // Reads never see an old state of the file: not after a write of the same size in the same
+    // moment, not after another program's edit of the same size, not after a deletion.
+    QVERIFY(profile::writeString(path, "C", "k", "1"));
+    QCOMPARE(profile::readString(path, "C", "k", ""), "1");
+    QVERIFY(profile::writeString(path, "C", "k", "2"));
+    QCOMPARE(profile::readString(path, "C", "k", ""), "2");
+    const QDateTime written = QFileInfo(path).lastModified();
+    const QByteArray edited = readFile(path).replace("k=2", "k=3");
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(edited) == edited.size());
+    file.close();
+    QVERIFY(file.open(QIODevice::ReadWrite) &&
+            file.setFileTime(written.addSecs(2), QFileDevice::FileModificationTime));
+    file.close();
+    QCOMPARE(profile::readString(path, "C", "k", ""), "3");
+    QVERIFY(QFile::remove(path));
+    QCOMPARE(profile::readString(path, "C", "k", "gone"), "gone");
 }
 
 void TestProfile::failedWrite() {

@@ -351,6 +351,11 @@ void Panel::buildLogBoxes(QWidget* page) {
     Text1[1]->setToolTip(QStringLiteral("Zuletzt empfangen"));
     for (QLineEdit* log : Text1) {
         log->setReadOnly(true);
+        // The board's lines are plain ASCII; laid out without kerning and ligature lookups,
+        // a line costs a fraction of the time, and every reply passes through here.
+        QFont plain = log->font();
+        plain.setStyleStrategy(QFont::PreferNoShaping);
+        log->setFont(plain);
         column(page)->addWidget(log);
     }
 }

@@ -1,6 +1,7 @@
 // Bringing the board into service once its link is open: the board says who it is, the rig's
 // settings go onto the panel and to the board (deviceconfig.cpp, one sequence per rig type),
 // and the host learns through Bereitschaft whether the rig is ready.
+#include "control/panelhold.h"
 #include "link/link.h"
 #include "link/startup.h"
 #include "motion/speed.h"
@@ -31,28 +32,12 @@ bool namesKnownBoard(const QString& identification) {
     return false;
 }
 
-// The panel fills itself in many small steps between the board's answers; it is painted once,
-// when it is filled, instead of after every answer.
-class PaintingHeld {
-public:
-    explicit PaintingHeld(QWidget& panel) : panel_(panel), was_(panel.updatesEnabled()) {
-        panel_.setUpdatesEnabled(false);
-    }
-    ~PaintingHeld() { panel_.setUpdatesEnabled(was_); }
-    PaintingHeld(const PaintingHeld&) = delete;
-    PaintingHeld& operator=(const PaintingHeld&) = delete;
-
-private:
-    QWidget& panel_;
-    bool was_;
-};
-
 }  // namespace
 
 void Startup::Motor_Starten() {
     Panel& p = panel_;
     Platform& platform = control_.platform();
-    const PaintingHeld held(control_);
+    const PanelHold held(control_);
 
     // Output clears the acknowledgement before it sends, so the wait below ends on the
     // board's answer to this query, not on an earlier one.

@@ -10,6 +10,7 @@
 #include <QCheckBox>
 #include <QGroupBox>
 #include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -85,6 +86,11 @@ private slots:
         QCOMPARE(control().stacking()->Serie, 10);
         QVERIFY(p.Licht[0]->isChecked() && p.obMotor[0]->isChecked());
         QVERIFY(p.Frame4->isEnabled() && p.B_AUF[0]->isEnabled());  // the bellows can be used
+
+        // The panel, held still while it was filled, paints and lays itself out again.
+        QVERIFY(control().updatesEnabled());
+        for (const QLayout* layout : control().findChildren<QLayout*>())
+            QVERIFY(layout->isEnabled());
     }
 
     void bellowsFromCompleteSettings() {

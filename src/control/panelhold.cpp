@@ -16,12 +16,15 @@ PanelHold::PanelHold(QWidget& panel) : panel_(panel), wasPainting_(panel.updates
 }
 
 PanelHold::~PanelHold() {
-    // Invalidated layouts ask their widgets for a new layout; Qt merges the requests into one
-    // pass per window part when the event loop next runs.
+    // What changed meanwhile has marked its layouts as out of date, but their requests to lay
+    // out again went unanswered: each outermost layout asks once more, and the event loop
+    // lays the panel out when it next runs.
     for (const QPointer<QLayout>& layout : std::as_const(held_)) {
-        if (!layout) continue;
-        layout->setEnabled(true);
-        layout->invalidate();
+        if (layout) layout->setEnabled(true);
+    }
+    for (const QPointer<QLayout>& layout : std::as_const(held_)) {
+        if (layout && layout->parentWidget() && layout->parentWidget()->layout() == layout)
+            layout->update();
     }
     panel_.setUpdatesEnabled(wasPainting_);
 }

@@ -36,14 +36,15 @@ QString fromCp1252(const QByteArray& bytes) {
 }
 
 QByteArray toCp1252(const QString& text) {
-    QByteArray bytes;
-    bytes.reserve(text.size());
+    QByteArray bytes(text.size(), Qt::Uninitialized);
+    char* out = bytes.data();
     for (qsizetype i = 0; i < text.size(); ++i) {
         const QChar c = text.at(i);
         // A character outside the BMP is one character, so it becomes one "?", not two.
         if (c.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate()) ++i;
-        bytes.append(encode(c.unicode()));
+        *out++ = encode(c.unicode());
     }
+    bytes.truncate(out - bytes.constData());
     return bytes;
 }
 

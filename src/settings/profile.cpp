@@ -9,6 +9,8 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <filesystem>
+#include <optional>
 #include <vector>
 
 namespace quendrix::profile {
@@ -178,10 +180,27 @@ QString valueIn(const std::vector<Line>& lines, const QString& section, const QS
 // The file read last, with its lines: start-up and shutdown read dozens of keys from one file
 // in a row. It serves again only while the file's size and modification time are those it
 // was read with; a write through this module drops it.
+struct Stamp {
+    std::uintmax_t size = 0;
+    std::filesystem::file_time_type modified;
+    bool operator==(const Stamp&) const = default;
+};
+
+// Size and modification time of a regular file, or nothing (no file, a folder, no access).
+std::optional<Stamp> stampOf(const QString& path) {
+    const std::filesystem::path file(path.toStdU16String());
+    std::error_code failed;
+    Stamp stamp;
+    stamp.size = std::filesystem::file_size(file, failed);
+    if (failed) return std::nullopt;
+    stamp.modified = std::filesystem::last_write_time(file, failed);
+    if (failed) return std::nullopt;
+    return stamp;
+}
+
 struct ParsedFile {
     QString path;
-    qint64 size = -1;
-    QDateTime modified;
+    Stamp stamp;
     QByteArray contents;
     std::vector<Line> lines;  // views into contents
 };
@@ -193,21 +212,15 @@ ParsedFile& lastRead() {
 
 const std::vector<Line>& linesOf(const QString& path) {
     ParsedFile& file = lastRead();
-    const QFileInfo info(path);
-    if (!info.isFile()) {
-        file = ParsedFile();
-        return file.lines;
-    }
-    if (file.path == path && file.size == info.size() && file.modified == info.lastModified())
-        return file.lines;
+    const std::optional<Stamp> stamp = stampOf(path);
+    if (stamp && file.path == path && file.stamp == *stamp) return file.lines;
     file = ParsedFile();
     QFile reading(path);
-    if (!reading.open(QIODevice::ReadOnly)) return file.lines;  // unreadable counts as missing
+    if (!stamp || !reading.open(QIODevice::ReadOnly)) return file.lines;  // counts as missing
     file.contents = reading.readAll();
     file.lines = splitLines(file.contents);
     file.path = path;
-    file.size = info.size();
-    file.modified = info.lastModified();
+    file.stamp = *stamp;
     return file.lines;
 }
 

@@ -56,6 +56,14 @@ void Stacking::connectPanel() {
 // The stack's buttons act on the mouse button let go: the start and end buttons take the
 // position with the left and drive there with the right; the right aborts a run.
 bool Stacking::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == confusion_ && event->type() == QEvent::LocaleChange) {
+        // The circle follows the panel's language, so that it still reads as a number.
+        bool isNumber = false;
+        const double circle = confusionLocale_.toDouble(confusion_->text(), &isNumber);
+        confusionLocale_ = confusion_->locale();
+        if (isNumber) confusion_->setText(confusionLocale_.toString(circle));
+        return false;
+    }
     if (event->type() == QEvent::MouseButtonRelease) {
         const Qt::MouseButton button = static_cast<QMouseEvent*>(event)->button();
         const int code = button == Qt::LeftButton ? 1 : button == Qt::RightButton ? 2 : 4;
@@ -84,6 +92,8 @@ void Stacking::buildAdvisor() {
     aperture_->setObjectName(QStringLiteral("Blende"));
     confusion_ = new QLineEdit(control_.locale().toString(0.03), frame);
     confusion_->setObjectName(QStringLiteral("Zerstreuungskreis"));
+    confusionLocale_ = control_.locale();
+    confusion_->installEventFilter(this);
     suggestion_ = new QLabel(frame);
     suggestion_->setObjectName(QStringLiteral("Vorschlag"));
     suggestion_->setWordWrap(true);

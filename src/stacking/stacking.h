@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QLocale>
 #include <QObject>
 #include <QString>
 
@@ -81,6 +82,7 @@ private:
     // The spacing advisor's inputs and answer.
     QLineEdit* aperture_ = nullptr;
     QLineEdit* confusion_ = nullptr;
+    QLocale confusionLocale_;  // the language the circle is written in
     QLabel* suggestion_ = nullptr;
     QPushButton* take_ = nullptr;
     int suggestedPlanes_ = 0;

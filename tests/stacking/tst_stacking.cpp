@@ -231,8 +231,8 @@ private slots:
         auto* take = control_->findChild<QPushButton*>(QStringLiteral("VorschlagUebernehmen"));
         QVERIFY(aperture && circle && take);
         aperture->setText(QStringLiteral("8"));
-        circle->setText(QStringLiteral("0,03"));
-        plan(1000, 5000, 8);  // 10 mm
+        QCOMPARE(circle->text(), QStringLiteral("0,03"));  // the default follows the language
+        plan(1000, 5000, 8);                               // 10 mm
         QVERIFY(take->isEnabled());
         take->click();
         QCOMPARE(p_->Ebenen->text(), QStringLiteral("14"));

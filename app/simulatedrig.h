@@ -1,0 +1,22 @@
+#pragma once
+
+#include "sim/board.h"
+#include "sim/ptyfrontend.h"
+
+#include <QElapsedTimer>
+#include <QString>
+#include <memory>
+
+// The rig the application drives when no real one is named: the board simulator, in this
+// process, on a pseudo-terminal that the panel opens like any serial port.
+class SimulatedRig {
+public:
+    // Plays the board of rig type `controltyp` (0 bellows, 1 lens changer, 2 microscope).
+    bool start(int controltyp, QString* error);
+    QString devicePath() const { return pty_ ? pty_->devicePath() : QString(); }
+
+private:
+    QElapsedTimer clock_;
+    std::unique_ptr<quendrix::sim::Board> board_;
+    std::unique_ptr<quendrix::sim::PtyFrontEnd> pty_;
+};

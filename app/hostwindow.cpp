@@ -17,6 +17,7 @@ HostWindow::HostWindow() : panel_(new ctlQuendrix(this)), pictures_(new QListWid
     auto* dock = new QDockWidget(QStringLiteral("Aufnahmen"), this);
     dock->setObjectName(QStringLiteral("Aufnahmen"));
     dock->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);
+    pictures_->setObjectName(QStringLiteral("Aufnahmenliste"));
     dock->setWidget(pictures_);
     addDockWidget(Qt::RightDockWidgetArea, dock);
     resizeDocks({dock}, {280}, Qt::Horizontal);

@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <filesystem>
 
 using namespace quendrix;
 using namespace Qt::StringLiterals;
@@ -179,7 +180,10 @@ void TestProfile::files() {
     // moment, not after another program's edit of the same size, not after a deletion.
     QVERIFY(profile::writeString(path, "C", "k", "1"));
     QCOMPARE(profile::readString(path, "C", "k", ""), "1");
+    const std::filesystem::path onDisk(path.toStdString());
+    const auto firstTime = std::filesystem::last_write_time(onDisk);
     QVERIFY(profile::writeString(path, "C", "k", "2"));
+    std::filesystem::last_write_time(onDisk, firstTime);  // as if within the same tick
     QCOMPARE(profile::readString(path, "C", "k", ""), "2");
     const QDateTime written = QFileInfo(path).lastModified();
     const QByteArray edited = readFile(path).replace("k=2", "k=3");

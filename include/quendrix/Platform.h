@@ -2,6 +2,7 @@
 
 #include <quendrix/quendrix_export.h>
 
+#include <QList>
 #include <QString>
 
 namespace quendrix {
@@ -23,6 +24,10 @@ enum Style : int {
     DefaultButton3 = 512,
 };
 enum Answer : int { OK = 1, Cancel = 2, Abort = 3, Retry = 4, Ignore = 5, Yes = 6, No = 7 };
+// The answers of a style's buttons, in their order on the box.
+QUENDRIX_EXPORT QList<int> answers(int style);
+// The answer of the style's default button (the first when the style names no such button).
+QUENDRIX_EXPORT int defaultAnswer(int style);
 }  // namespace MsgBox
 
 // Virtual-key codes the component asks about.

@@ -20,6 +20,28 @@ namespace quendrix {
 
 Platform::~Platform() = default;
 
+QList<int> MsgBox::answers(int style) {
+    switch (style & 7) {
+        case OKCancel:
+            return {OK, Cancel};
+        case AbortRetryIgnore:
+            return {Abort, Retry, Ignore};
+        case YesNoCancel:
+            return {Yes, No, Cancel};
+        case YesNo:
+            return {Yes, No};
+        case RetryCancel:
+            return {Retry, Cancel};
+        default:
+            return {OK};
+    }
+}
+
+int MsgBox::defaultAnswer(int style) {
+    const QList<int> offered = answers(style);
+    return offered.value((style & 768) / 256, offered.first());
+}
+
 namespace {
 
 // Windows virtual-key codes of the keys Qt reports.
@@ -102,12 +124,11 @@ public:
     int messageBox(const QString& prompt, int style, const QString& title) override {
         QMessageBox box(iconOf(style), title.isEmpty() ? QStringLiteral("Quendrix") : title, prompt,
                         QMessageBox::NoButton, QApplication::activeWindow());
-        const QList<int> answers = answersOf(style & 7);
+        const QList<int> answers = MsgBox::answers(style);
         QList<QPushButton*> buttons;
         for (int answer : answers)
             buttons.append(box.addButton(buttonOf(answer)));
-        const int defaultIndex = std::min<int>((style & 768) / 256, int(answers.size()) - 1);
-        box.setDefaultButton(buttons.value(defaultIndex));
+        box.setDefaultButton(buttons.value(answers.indexOf(MsgBox::defaultAnswer(style))));
         box.exec();
         const int clicked = int(buttons.indexOf(qobject_cast<QPushButton*>(box.clickedButton())));
         // Closing the box counts as Cancel where there is one, else as the only button.
@@ -189,22 +210,6 @@ private:
                 return QMessageBox::Information;
             default:
                 return QMessageBox::NoIcon;
-        }
-    }
-    static QList<int> answersOf(int buttons) {
-        switch (buttons) {
-            case MsgBox::OKCancel:
-                return {MsgBox::OK, MsgBox::Cancel};
-            case MsgBox::AbortRetryIgnore:
-                return {MsgBox::Abort, MsgBox::Retry, MsgBox::Ignore};
-            case MsgBox::YesNoCancel:
-                return {MsgBox::Yes, MsgBox::No, MsgBox::Cancel};
-            case MsgBox::YesNo:
-                return {MsgBox::Yes, MsgBox::No};
-            case MsgBox::RetryCancel:
-                return {MsgBox::Retry, MsgBox::Cancel};
-            default:
-                return {MsgBox::OK};
         }
     }
     static QMessageBox::StandardButton buttonOf(int answer) {

@@ -12,11 +12,7 @@ TestPlatform::TestPlatform(Clock clock) : clock_(clock) {
 int TestPlatform::messageBox(const QString& prompt, int style, const QString& title) {
     messages.append({prompt, style, title});
     if (!messageAnswers.isEmpty()) return messageAnswers.takeFirst();
-    using namespace quendrix::MsgBox;
-    static const QList<QList<int>> sets = {
-        {OK}, {OK, Cancel}, {Abort, Retry, Ignore}, {Yes, No, Cancel}, {Yes, No}, {Retry, Cancel}};
-    const QList<int>& answers = sets.value(style & 7, sets.first());
-    return answers.value((style & 768) / 256, answers.first());
+    return quendrix::MsgBox::defaultAnswer(style);
 }
 
 QString TestPlatform::inputBox(const QString& prompt, const QString& title,
@@ -43,8 +39,10 @@ void TestPlatform::idle(double seconds) {
     if (clock_ == Clock::Real && seconds > 0) {
         waitForEvents(seconds);
     } else {
-        if (realSecondsPerIdle > 0 && seconds > 0) waitForEvents(realSecondsPerIdle);
-        else QCoreApplication::processEvents(QEventLoop::AllEvents);
+        if (realSecondsPerIdle > 0 && seconds > 0)
+            waitForEvents(realSecondsPerIdle);
+        else
+            QCoreApplication::processEvents(QEventLoop::AllEvents);
         scriptedNow_ += std::max(0.0, seconds);
     }
     if (onIdle) onIdle(*this);

@@ -2,13 +2,13 @@
 
 #include "optics/calibrationmath.h"
 #include "settings/cp1252.h"
+#include "settings/filereplace.h"
 #include "settings/numbers.h"
 #include "settings/textformat.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
-#include <QSaveFile>
 #include <algorithm>
 
 namespace quendrix::calibration {
@@ -131,9 +131,7 @@ CalibrationFile readCalibrationFile(const QString& path) {
 }
 
 void writeCalibrationFile(const QString& path, float sensorWidth, const DoubleTable& table) {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) ||
-        file.write(formatCalibrationFile(sensorWidth, table)) < 0 || !file.commit())
+    if (!replaceFile(path, formatCalibrationFile(sensorWidth, table)))
         throw RuntimeError(kPathFileAccessError, path);
 }
 

@@ -1,15 +1,13 @@
 #include "settings/profile.h"
 
 #include "settings/cp1252.h"
+#include "settings/filereplace.h"
 
 #include <QByteArrayView>
-#include <QDateTime>
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
-#include <QSaveFile>
 
-#include <filesystem>
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -18,6 +16,7 @@ namespace quendrix::profile {
 namespace {
 
 const QByteArray kNewLine = "\r\n";
+const QByteArray kUtf8Mark = "\xEF\xBB\xBF";
 
 bool isBlank(char c) {
     return c == ' ' || c == '\t';
@@ -45,11 +44,41 @@ bool sameName(QByteArrayView a, QByteArrayView b) {
     return true;
 }
 
-// Requested names are compared in the file's encoding, so a name with characters the code
-// page cannot hold finds the line a write made of it ("?" in place of those characters).
-QByteArray requestName(const QString& name) {
-    return trimBlanks(toCp1252(name)).toByteArray();
+bool breaksLine(const QString& text) {
+    return text.contains(u'\r') || text.contains(u'\n');
 }
+
+// A value as a message shows it: quoted, line breaks spelled out, a long one shortened.
+QString quoted(const QString& text) {
+    constexpr qsizetype kShown = 60;
+    QString shown = text.left(kShown);
+    shown.replace(u'\r', QStringLiteral("\\r")).replace(u'\n', QStringLiteral("\\n"));
+    return u'"' + shown + (text.size() > kShown ? QStringLiteral("...\"") : QStringLiteral("\""));
+}
+
+// The text encoding of a file: Windows-1252, or UTF-8 after a byte-order mark.
+struct Encoding {
+    qsizetype textBegin = 0;  // the first byte after the mark
+    bool utf8 = false;
+
+    static Encoding of(QByteArrayView contents) {
+        if (contents.startsWith(kUtf8Mark)) return {kUtf8Mark.size(), true};
+        return {};
+    }
+    QString decode(QByteArrayView bytes) const {
+        return utf8 ? QString::fromUtf8(bytes) : fromCp1252(bytes.toByteArray());
+    }
+    QByteArray encode(const QString& text) const { return utf8 ? text.toUtf8() : toCp1252(text); }
+    // The text's bytes, unless the encoding cannot hold every character of it.
+    std::optional<QByteArray> encodeExactly(const QString& text) const {
+        QByteArray bytes = encode(text);
+        if (decode(bytes) != text) return std::nullopt;
+        return bytes;
+    }
+    // Requested names are compared in the file's encoding, so a name with characters the code
+    // page cannot hold finds the line written of it before such writes were refused.
+    QByteArray name(const QString& text) const { return trimBlanks(encode(text)).toByteArray(); }
+};
 
 struct Line {
     enum Kind { Other, Header, Key };
@@ -62,12 +91,9 @@ struct Line {
     bool blank = true;     // only blanks and TABs
 };
 
-Line classify(QByteArrayView contents, qsizetype begin, qsizetype end, qsizetype next) {
+Line classify(QByteArrayView text) {
     Line line;
-    line.begin = begin;
-    line.end = end;
-    line.next = next;
-    const QByteArrayView text = trimBlanks(contents.sliced(begin, end - begin));
+    text = trimBlanks(text);
     line.blank = text.isEmpty();
     if (text.startsWith('[')) {
         const qsizetype close = text.indexOf(']');
@@ -86,10 +112,9 @@ Line classify(QByteArrayView contents, qsizetype begin, qsizetype end, qsizetype
     return line;
 }
 
-std::vector<Line> splitLines(QByteArrayView contents) {
+std::vector<Line> splitLines(QByteArrayView contents, qsizetype begin) {
     std::vector<Line> lines;
     const qsizetype size = contents.size();
-    qsizetype begin = 0;
     while (begin < size) {
         qsizetype end = begin;
         while (end < size && contents[end] != '\r' && contents[end] != '\n')
@@ -97,44 +122,72 @@ std::vector<Line> splitLines(QByteArrayView contents) {
         qsizetype next = end;
         if (next < size && contents[next] == '\r') ++next;
         if (next < size && contents[next] == '\n') ++next;  // LF alone or the LF of CR LF
-        lines.push_back(classify(contents, begin, end, next));
+        Line line = classify(contents.sliced(begin, end - begin));
+        line.begin = begin;
+        line.end = end;
+        line.next = next;
+        lines.push_back(line);
         begin = next;
     }
     return lines;
 }
 
-// Where a section and a key stand in a file. The nameless section is the part before the
-// first header; it always exists, possibly empty.
-struct Location {
-    bool sectionFound = false;
-    qsizetype blockBegin = 0;  // first line of the section (its header, if it has one)
-    qsizetype blockEnd = 0;    // the line after the section
-    qsizetype keyLine = -1;    // the first line with the key, or -1
+// A file taken apart into lines; the lines are views into `contents`.
+struct Document {
+    QByteArray contents;
+    Encoding encoding;
+    std::vector<Line> lines;
+
+    explicit Document(const QByteArray& bytes = {}) { load(bytes); }
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+
+    void load(const QByteArray& bytes) {
+        contents = bytes;
+        encoding = Encoding::of(contents);
+        lines = splitLines(contents, encoding.textBegin);
+    }
 };
 
+// Where a section and a key stand in a file: the lines [blockBegin, blockEnd) of the section's
+// first block (its header included, if it has one).
+struct Location {
+    bool sectionFound = false;
+    qsizetype blockBegin = 0;
+    qsizetype blockEnd = 0;
+    qsizetype keyLine = -1;  // the first line with the key, or -1
+};
+
+qsizetype nextHeader(const std::vector<Line>& lines, qsizetype from) {
+    while (from < qsizetype(lines.size()) && lines[from].kind != Line::Header)
+        ++from;
+    return from;
+}
+
+qsizetype findKey(const std::vector<Line>& lines, qsizetype begin, qsizetype end,
+                  QByteArrayView key) {
+    for (qsizetype i = begin; i < end; ++i) {
+        if (lines[i].kind == Line::Key && sameName(lines[i].name, key)) return i;
+    }
+    return -1;
+}
+
 Location locate(const std::vector<Line>& lines, QByteArrayView section, QByteArrayView key) {
-    Location at;
     const auto count = qsizetype(lines.size());
-    if (section.isEmpty()) {
-        at.sectionFound = true;
-    } else {
-        while (at.blockBegin < count && !(lines[at.blockBegin].kind == Line::Header &&
-                                          sameName(lines[at.blockBegin].name, section))) {
-            ++at.blockBegin;
-        }
-        if (at.blockBegin == count) return at;
-        at.sectionFound = true;
-    }
-    at.blockEnd = section.isEmpty() ? 0 : at.blockBegin + 1;
-    while (at.blockEnd < count && lines[at.blockEnd].kind != Line::Header)
-        ++at.blockEnd;
-    for (qsizetype i = at.blockBegin; i < at.blockEnd; ++i) {
-        if (lines[i].kind == Line::Key && sameName(lines[i].name, key)) {
-            at.keyLine = i;
-            break;
-        }
-    }
-    return at;
+    const auto blockAt = [&](qsizetype begin, qsizetype end) {
+        return Location{true, begin, end, findKey(lines, begin, end, key)};
+    };
+    const qsizetype firstHeader = nextHeader(lines, 0);
+    const bool leadingHasKeys = std::any_of(lines.begin(), lines.begin() + firstHeader,
+                                            [](const Line& l) { return l.kind == Line::Key; });
+    if (section.isEmpty() && leadingHasKeys) return blockAt(0, firstHeader);
+
+    qsizetype header = firstHeader;
+    while (header < count && !sameName(lines[header].name, section))
+        header = nextHeader(lines, header + 1);
+    if (header < count) return blockAt(header, nextHeader(lines, header + 1));
+    if (section.isEmpty()) return blockAt(0, firstHeader);
+    return {};
 }
 
 QString cut(QString text) {
@@ -145,29 +198,19 @@ QString cut(QString text) {
     return text;
 }
 
-QString unquote(QByteArrayView value) {
+QByteArrayView unquote(QByteArrayView value) {
     if (value.size() >= 2 && (value.front() == '"' || value.front() == '\'') &&
         value.back() == value.front()) {
         value = value.sliced(1, value.size() - 2);
     }
-    return fromCp1252(value.toByteArray());
+    return value;
 }
 
-// A name that would read back as something else cannot be written.
-QString unstorableReason(const QString& section, const QString& key) {
-    const auto breaksLine = [](const QString& s) { return s.contains('\r') || s.contains('\n'); };
-    if (breaksLine(section) || section.contains(']'))
-        return QStringLiteral("the section name \"%1\" cannot be stored").arg(section);
-    const QByteArray name = requestName(key);
-    if (breaksLine(key) || name.contains('=') || (name.startsWith('[') && name.contains(']')))
-        return QStringLiteral("the key name \"%1\" cannot be stored").arg(key);
-    return {};
-}
-
-QString valueIn(const std::vector<Line>& lines, const QString& section, const QString& key,
+QString valueIn(const Document& file, const QString& section, const QString& key,
                 const QString& defaultValue) {
-    const Location at = locate(lines, requestName(section), requestName(key));
-    if (at.keyLine >= 0) return cut(unquote(lines[at.keyLine].value));
+    const Encoding& encoding = file.encoding;
+    const Location at = locate(file.lines, encoding.name(section), encoding.name(key));
+    if (at.keyLine >= 0) return cut(encoding.decode(unquote(file.lines[at.keyLine].value)));
 
     QString fallback = cut(defaultValue);
     qsizetype end = fallback.size();
@@ -177,103 +220,98 @@ QString valueIn(const std::vector<Line>& lines, const QString& section, const QS
     return fallback;
 }
 
-// The file read last, with its lines: start-up and shutdown read dozens of keys from one file
-// in a row. It serves again only while the file's size and modification time are those it
-// was read with; a write through this module drops it.
-struct Stamp {
-    std::uintmax_t size = 0;
-    std::filesystem::file_time_type modified;
-    bool operator==(const Stamp&) const = default;
-};
-
-// Size and modification time of a regular file, or nothing (no file, a folder, no access).
-std::optional<Stamp> stampOf(const QString& path) {
-    const std::filesystem::path file(path.toStdU16String());
-    std::error_code failed;
-    Stamp stamp;
-    stamp.size = std::filesystem::file_size(file, failed);
-    if (failed) return std::nullopt;
-    stamp.modified = std::filesystem::last_write_time(file, failed);
-    if (failed) return std::nullopt;
-    return stamp;
+// A line `text` that reads back as the key `name`.
+bool readsAsKey(QByteArrayView text, QByteArrayView name) {
+    const Line line = classify(text);
+    return line.kind == Line::Key && sameName(line.name, name);
 }
 
-struct ParsedFile {
-    QString path;
-    Stamp stamp;
-    QByteArray contents;
-    std::vector<Line> lines;  // views into contents
-};
+bool readsAsHeader(QByteArrayView text, QByteArrayView name) {
+    const Line line = classify(text);
+    return line.kind == Line::Header && sameName(line.name, name);
+}
 
-ParsedFile& lastRead() {
-    thread_local ParsedFile file;
+// The file read last: start-up and shutdown read dozens of keys from one file in a row. Every
+// read reads the file; only when its bytes are the same as last time are its lines reused.
+Document& lastRead() {
+    thread_local Document file;
     return file;
 }
 
-const std::vector<Line>& linesOf(const QString& path) {
-    ParsedFile& file = lastRead();
-    const std::optional<Stamp> stamp = stampOf(path);
-    if (stamp && file.path == path && file.stamp == *stamp) return file.lines;
-    file = ParsedFile();
+const Document& documentAt(const QString& path) {
+    Document& last = lastRead();
     QFile reading(path);
-    if (!stamp || !reading.open(QIODevice::ReadOnly)) return file.lines;  // counts as missing
-    file.contents = reading.readAll();
-    file.lines = splitLines(file.contents);
-    file.path = path;
-    file.stamp = *stamp;
-    return file.lines;
+    QByteArray bytes;
+    if (reading.open(QIODevice::ReadOnly)) bytes = reading.readAll();  // else counts as missing
+    if (bytes != last.contents) last.load(bytes);
+    return last;
 }
 
 }  // namespace
 
 QString readValue(const QByteArray& contents, const QString& section, const QString& key,
                   const QString& defaultValue) {
-    return valueIn(splitLines(contents), section, key, defaultValue);
+    return valueIn(Document(contents), section, key, defaultValue);
 }
 
 QByteArray writeValue(const QByteArray& contents, const QString& section, const QString& key,
-                      const QString& value) {
-    if (!unstorableReason(section, key).isEmpty()) return contents;
+                      const QString& value, QString* refusal) {
+    const auto refuse = [&](const QString& reason) {
+        if (refusal) *refusal = reason;
+        return contents;
+    };
+    if (refusal) refusal->clear();
+    const Document file(contents);
+    const Encoding& encoding = file.encoding;
 
-    QString flat = value;
-    flat.replace('\r', ' ').replace('\n', ' ');
-    const QByteArray sectionName = requestName(section);
-    const QByteArray keyName = requestName(key);
-    const QByteArray encoded = toCp1252(flat);
+    const std::optional<QByteArray> sectionName = encoding.encodeExactly(section);
+    if (!sectionName || breaksLine(section) ||
+        !readsAsHeader('[' + *sectionName + ']', encoding.name(section)))
+        return refuse(QStringLiteral("the section name \"%1\" cannot be stored").arg(section));
+    const std::optional<QByteArray> keyName = encoding.encodeExactly(key);
+    if (!keyName || breaksLine(key))
+        return refuse(QStringLiteral("the key name \"%1\" cannot be stored").arg(key));
+    const std::optional<QByteArray> encoded = encoding.encodeExactly(value);
+    if (!encoded || breaksLine(value))
+        return refuse(
+            QStringLiteral("the value %1 of key \"%2\" cannot be stored").arg(quoted(value), key));
 
-    const std::vector<Line> lines = splitLines(contents);
-    const Location at = locate(lines, sectionName, keyName);
+    const QByteArray trimmedKey = trimBlanks(*keyName).toByteArray();
+    const Location at = locate(file.lines, trimBlanks(*sectionName), trimmedKey);
+    const QByteArray spelling =
+        at.keyLine >= 0 ? file.lines[at.keyLine].name.toByteArray() : trimmedKey;
+    const QByteArray keyText = spelling + '=' + *encoded;
+    if (!readsAsKey(keyText, trimmedKey))
+        return refuse(QStringLiteral("the line \"%1\" would not read back as key \"%2\"")
+                          .arg(encoding.decode(keyText), key));
+
     QByteArray result = contents;
-
     if (at.keyLine >= 0) {
-        const Line& line = lines[at.keyLine];
-        const QByteArray text = line.name.toByteArray() + '=' + encoded;
-        return result.replace(line.begin, line.end - line.begin, text);
+        const Line& line = file.lines[at.keyLine];
+        return result.replace(line.begin, line.end - line.begin, keyText);
     }
 
-    const QByteArray keyLine = keyName + '=' + encoded + kNewLine;
+    const QByteArray keyLine = keyText + kNewLine;
     if (at.sectionFound) {
         // After the section's last non-blank line, so blank separators stay before the next one.
         qsizetype last = at.blockEnd - 1;
-        while (last >= at.blockBegin && lines[last].blank)
+        while (last >= at.blockBegin && file.lines[last].blank)
             --last;
-        if (last < at.blockBegin) return result.insert(0, keyLine);  // empty nameless section
-        const Line& line = lines[last];
+        if (last < at.blockBegin) return result.insert(encoding.textBegin, keyLine);
+        const Line& line = file.lines[last];
         const bool ended = line.next > line.end;
         return result.insert(line.next, ended ? keyLine : kNewLine + keyLine);
     }
 
-    if (!lines.empty()) {
-        const Line& tail = lines.back();
-        if (tail.next == tail.end) result += kNewLine;  // the file does not end in a line end
-        if (!tail.blank) result += kNewLine;            // one blank line before the new section
-    }
-    return result + '[' + sectionName + ']' + kNewLine + keyLine;
+    // A new section follows the last line directly, as the Windows functions write it.
+    if (!file.lines.empty() && file.lines.back().next == file.lines.back().end)
+        result += kNewLine;  // the file does not end in a line end
+    return result + '[' + trimBlanks(*sectionName).toByteArray() + ']' + kNewLine + keyLine;
 }
 
 QString readString(const QString& path, const QString& section, const QString& key,
                    const QString& defaultValue) {
-    return valueIn(linesOf(path), section, key, defaultValue);
+    return valueIn(documentAt(path), section, key, defaultValue);
 }
 
 bool writeString(const QString& path, const QString& section, const QString& key,
@@ -284,8 +322,6 @@ bool writeString(const QString& path, const QString& section, const QString& key
                 QStringLiteral("Cannot write %1: %2").arg(QDir::toNativeSeparators(path), reason);
         return false;
     };
-    if (const QString reason = unstorableReason(section, key); !reason.isEmpty())
-        return fail(reason);
 
     // An existing file we cannot read must not be replaced by one holding a single key.
     QByteArray contents;
@@ -297,15 +333,12 @@ bool writeString(const QString& path, const QString& section, const QString& key
         current.close();
     }
 
-    const QByteArray updated = writeValue(contents, section, key, value);
+    QString refusal;
+    const QByteArray updated = writeValue(contents, section, key, value, &refusal);
+    if (!refusal.isEmpty()) return fail(refusal);
     if (error) error->clear();
     if (exists && updated == contents) return true;
-
-    lastRead() = ParsedFile();
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) return fail(file.errorString());
-    if (file.write(updated) != updated.size() || !file.commit()) return fail(file.errorString());
-    return true;
+    return replaceFile(path, updated, error);
 }
 
 }  // namespace quendrix::profile

@@ -15,9 +15,11 @@ public:
     enum Number : int {
         InvalidCall = 5,
         Overflow = 6,
+        OutOfMemory = 7,
         SubscriptOutOfRange = 9,
         DivisionByZero = 11,
         TypeMismatch = 13,
+        InternalError = 51,
         FileNotFound = 53,
         InputPastEndOfFile = 62,
         InvalidPropertyValue = 380,

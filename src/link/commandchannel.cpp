@@ -80,8 +80,27 @@ void Link::failed(const QString& text) {
 void Link::serialReceived() {
     const QByteArray bytes = panel_.MSComm1->readAll();
     if (control_.wifi) return;  // the serial port is not the link now: its input is dropped
-    sEmpfang += fromCp1252(bytes);
-    takeSerialLines();
+    received(bytes, false);
+}
+
+void Link::socketReceived() {
+    received(panel_.Telnet1->readAll(), true);
+}
+
+// Whatever the board sends is evaluated here, inside the transport's event: nothing that goes
+// wrong on the way may leave it, or the host's event loop would end the program.
+void Link::received(const QByteArray& bytes, bool viaSocket) {
+    try {
+        const QString data = fromCp1252(bytes);
+        if (viaSocket && data == kLineEnd) return;
+        sEmpfang += data;
+        if (viaSocket)
+            takeSocketLines();
+        else
+            takeSerialLines();
+    } catch (const std::exception& error) {
+        qWarning("Quendrix: received text was not evaluated: %s", error.what());
+    }
 }
 
 // Over the serial port every line without "q" or "Q" acknowledges; the identification and
@@ -101,13 +120,6 @@ void Link::takeSerialLines() {
         }
         waiter_.doEvents();
     }
-}
-
-void Link::socketReceived() {
-    const QString data = fromCp1252(panel_.Telnet1->readAll());
-    if (data == kLineEnd) return;
-    sEmpfang += data;
-    takeSocketLines();
 }
 
 // Over the socket only the first character decides: status lines start with one of "qQ&@"

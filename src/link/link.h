@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QString>
 #include <array>
+#include <optional>
 
 class ctlQuendrix;
 
@@ -27,6 +28,9 @@ public:
     // Evaluates arrived text (any number of lines, possibly a partial one). wifi tells that it
     // came from the socket; it only changes how the line is logged.
     void Auswerten(const QString& ComInNeu, bool wifi);
+    // Bytes that arrived on the serial port or (viaSocket) the socket: they are cut into lines,
+    // each handed to Auswerten as the transport's receive handler does it.
+    void received(const QByteArray& bytes, bool viaSocket);
     void SetOK(bool Wert) { bFreigabe = Wert; }
     // Waits until the host releases (SetOK(true)), Escape is held, or 31 s have passed; after
     // the 31 s it tells the operator who is waiting.
@@ -65,12 +69,13 @@ private:
     void failed(const QString& text);
 
     // Parts of Auswerten.
+    void evaluateStatusLine(const QString& line, QChar first);
     void evaluateAxisLine(const QString& line, int axis);
     void evaluateChangerLine(const QString& line);
-    void setPosition(int axis, double steps);
+    void setPosition(int axis, std::optional<double> steps);
     void showPosition(int axis);
-    void showEncoder(int axis, double value);
-    void showChangerPosition(double position);
+    void showEncoder(int axis, std::optional<double> value);
+    void showChangerPosition(std::optional<double> position);
 
     ctlQuendrix& control_;
     Panel& panel_;

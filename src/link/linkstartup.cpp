@@ -1,7 +1,7 @@
 // Opening the link to the board and identifying it, over the serial port or WiFi.
-#include "control/guard.h"
 #include "link/link.h"
 #include "link/startup.h"
+#include "settings/guard.h"
 #include "settings/numbers.h"
 #include "settings/wait.h"
 

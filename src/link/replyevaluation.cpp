@@ -51,10 +51,7 @@ void Link::Auswerten(const QString& ComInNeu, bool wifi) {
         }
         const QChar first = line.isEmpty() ? QChar() : line.at(0);
         if (first == u'q' || first == u'Q' || first == u'@') {
-            if (first == u'@')
-                evaluateChangerLine(line);
-            else
-                evaluateAxisLine(line, first == u'q' ? 0 : 1);
+            evaluateStatusLine(line, first);
             if (line.contains(sErwartet)) bQuittiert = true;
         } else if (isIdentificationOrError(line)) {
             sKennText[1] = line;
@@ -63,7 +60,23 @@ void Link::Auswerten(const QString& ComInNeu, bool wifi) {
     }
 }
 
-// "q"/"Q" lines: the status of axis 0/1.
+// A status line whose displays cannot be brought up to date (the panel holds settings nothing
+// can be computed from) has still been stored and logged; the failure ends only this line's
+// evaluation, so a noisy line never stops the lines after it.
+void Link::evaluateStatusLine(const QString& line, QChar first) {
+    try {
+        if (first == u'@')
+            evaluateChangerLine(line);
+        else
+            evaluateAxisLine(line, first == u'q' ? 0 : 1);
+    } catch (const std::exception& error) {
+        qWarning("Quendrix: the board's line \"%s\" was not evaluated: %s",
+                 qPrintable(line.left(80)), error.what());
+    }
+}
+
+// "q"/"Q" lines: the status of axis 0/1. A number in a field that is beyond any range leaves
+// that field as it was.
 void Link::evaluateAxisLine(const QString& line, int axis) {
     sKennText[axis] = line;
     const bool finished = line.contains(u"|F") && line.size() >= 4;
@@ -76,17 +89,18 @@ void Link::evaluateAxisLine(const QString& line, int axis) {
         // The board offers micro-stepping on this axis and says which division is in force;
         // the option buttons follow when the operator next looks, they are not clicked here.
         panel_.cbMikroschritt[axis]->setEnabled(true);
-        if (const auto exponent = microStepExponent(numberAfter(line, QStringLiteral("*"))))
+        const std::optional<double> divisor = numberAfter(line, QStringLiteral("*"));
+        if (const auto exponent = divisor ? microStepExponent(*divisor) : std::nullopt)
             setTag(axis == 0 ? panel_.micro0[0] : panel_.micro1[0], QString::number(*exponent));
     }
     if (finished) {
         // The finished-move report tells whether the axis still runs. The box only shows it:
         // evaluation must not send (and so wait), so its click is not raised.
         if (line.contains(u':')) {
-            const double running = numberAfter(line, QStringLiteral(":"));
-            if (running == 0 || running == 1) {
+            const std::optional<double> running = numberAfter(line, QStringLiteral(":"));
+            if (running == 0.0 || running == 1.0) {
                 const QSignalBlocker quiet(panel_.Check0[axis]);
-                setValue(panel_.Check0[axis], int(running));
+                setValue(panel_.Check0[axis], int(*running));
             }
         }
         showPosition(axis);
@@ -100,7 +114,7 @@ void Link::evaluateChangerLine(const QString& line) {
     if (!line.contains(u"|?") && !line.contains(u"|F") && line.contains(u"|Q")) {
         showChangerPosition(numberAfter(line, QStringLiteral("|Q")));
     } else if (line.contains(u'#')) {
-        const double steps = numberAfter(line, QStringLiteral("#"));
+        const std::optional<double> steps = numberAfter(line, QStringLiteral("#"));
         setPosition(0, steps);
         showEncoder(0, steps);
         emit positionReported(0);
@@ -111,10 +125,12 @@ void Link::evaluateChangerLine(const QString& line) {
     }
 }
 
-// A position that does not fit a Long is noise on the line and is ignored.
-void Link::setPosition(int axis, double steps) {
+// A position that does not fit a Long (or none at all, see numberAfter) is noise on the line
+// and is ignored.
+void Link::setPosition(int axis, std::optional<double> steps) {
+    if (!steps) return;
     try {
-        AchsPosition[axis] = toLong(steps);
+        AchsPosition[axis] = toLong(*steps);
     } catch (const RuntimeError&) {
         return;
     }
@@ -143,9 +159,10 @@ void Link::showPosition(int axis) {
     }
 }
 
-void Link::showEncoder(int axis, double value) {
+void Link::showEncoder(int axis, std::optional<double> value) {
+    if (!value) return;
     try {
-        encoder[axis] = toLong(value);
+        encoder[axis] = toLong(*value);
     } catch (const RuntimeError&) {
         return;
     }
@@ -153,12 +170,14 @@ void Link::showEncoder(int axis, double value) {
 }
 
 // The changer's positions 0 to 4 are the labels lbObjektiv(0..4); lblOptik shows the lens
-// mounted at the position reached, or "ohne".
-void Link::showChangerPosition(double position) {
-    const int slot = int(position);
-    const bool mounted = position == slot && slot >= 0 && slot < int(panel_.lbObjektiv.size()) &&
-                         !Trim(panel_.lbObjektiv[slot]->text()).isEmpty();
-    panel_.lblOptik->setText(mounted ? panel_.lbObjektiv[slot]->text() : QStringLiteral("ohne"));
+// mounted at the position reached, or "ohne". A position beyond any number changes nothing.
+void Link::showChangerPosition(std::optional<double> position) {
+    if (!position) return;
+    const auto positions = qsizetype(panel_.lbObjektiv.size());
+    const bool known = *position >= 0 && *position < double(positions) && *position == int(*position);
+    const bool mounted = known && !Trim(panel_.lbObjektiv[int(*position)]->text()).isEmpty();
+    panel_.lblOptik->setText(mounted ? panel_.lbObjektiv[int(*position)]->text()
+                                     : QStringLiteral("ohne"));
     emit lensShown();
 }
 

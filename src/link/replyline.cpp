@@ -11,9 +11,14 @@ QString acknowledgeMarker(const QString& command, int backlashAxis0, int backlas
     return first.toUpper() + QLatin1Char('|');
 }
 
-double numberAfter(const QString& line, const QString& marker) {
+std::optional<double> numberAfter(const QString& line, const QString& marker) {
     const qsizetype at = line.indexOf(marker);
-    return at < 0 ? 0 : Val(line.mid(at + marker.size()));
+    if (at < 0) return 0;
+    try {
+        return Val(line.mid(at + marker.size()));
+    } catch (const RuntimeError&) {
+        return std::nullopt;
+    }
 }
 
 std::optional<int> microStepExponent(double divisor) {

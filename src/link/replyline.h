@@ -13,8 +13,9 @@ namespace quendrix {
 QString acknowledgeMarker(const QString& command, int backlashAxis0, int backlashAxis1);
 
 // The number that follows the first `marker` in `line`, read as Val reads it; 0 when the
-// marker is missing or no number follows.
-double numberAfter(const QString& line, const QString& marker);
+// marker is missing or no number follows. A number beyond the range of a Double (line noise:
+// "#12e456") gives none: the field it stands for keeps its value.
+std::optional<double> numberAfter(const QString& line, const QString& marker);
 
 // The micro-step exponent of a divisor: 16 -> 4, 8 -> 3, 4 -> 2, 2 -> 1, 1 -> 0; none for
 // any other divisor.

@@ -161,6 +161,41 @@ private slots:
         QVERIFY(!link_->bQuittiert);
     }
 
+    // Line noise with numbers beyond any range: each line is logged as it came, every field
+    // keeps its value, and the next good line is evaluated as usual.
+    void numbersBeyondAnyRangeChangeNothing() {
+        p_->lbObjektiv[2]->setText(QStringLiteral("10x Plan"));
+        control_->Auswerten(QStringLiteral("q #1200 ~1180 *16 |B\r\nQ #40 ~41 *8 |B\r\n"), false);
+        control_->Auswerten(QStringLiteral("@ |Q2\r\n"), false);
+        const QStringList noise = {"q #12e456 ~1e400 *1e999 |B",
+                                   "Q #-99999999999 ~1e309 |B",
+                                   "q|B#12e456",
+                                   "@|Q1e400",
+                                   "@ |F-1e309 #1e400",
+                                   "@ #1e300 |B",
+                                   "@ |Q2e308",
+                                   "q #5 ~5 |F :7e400"};
+        for (const QString& kennung : {QStringLiteral("qQ"), QStringLiteral("@")}) {
+            control_->setKennung(kennung);
+            for (const QString& line : noise) {
+                const Observed before = observe(*control_);
+                control_->Auswerten(line + QStringLiteral("\r\n"), false);
+                QCOMPARE(p_->Text1[1]->text(), "_> " + line);
+                const Observed after = observe(*control_);
+                QCOMPARE(after.positions, before.positions);
+                QCOMPARE(after.labels.mid(2), before.labels.mid(2));
+                // A field whose mark is missing reads as 0, as it always has.
+                if (line.startsWith(u"q|B") && kennung == u"@")
+                    QCOMPARE(after.encoders, (std::array<qint32, 2>{0, before.encoders[1]}));
+                else
+                    QCOMPARE(after.encoders, before.encoders);
+            }
+        }
+        control_->Auswerten(QStringLiteral("q #1300 ~1290 *4 |B\r\n"), false);
+        QCOMPARE(link_->AchsPosition[0], 1300);
+        QCOMPARE(quendrix::tag(p_->micro0[0]), QStringLiteral("2"));
+    }
+
     void lensChangerLines() {
         p_->lbObjektiv[2]->setText(QStringLiteral("10x Plan"));
         p_->lbObjektiv[3]->setText(QString());

@@ -9,6 +9,7 @@
 #include "motion/motion.h"
 #include "optics/calibration.h"
 #include "optics/optics.h"
+#include "settings/guard.h"
 #include "settings/mapping.h"
 #include "settings/numbers.h"
 #include "settings/profile.h"
@@ -84,12 +85,13 @@ ctlQuendrix::ctlQuendrix(QWidget* parent)
         box->setSizeConstraint(QLayout::SetFixedSize);
         box->addWidget(panel_->SSTab1);
     }
-    connect(panel_->obMotor[0], &QRadioButton::toggled, this, [this] { showSelectedAxis(); });
-    connect(panel_->obMotor[1], &QRadioButton::toggled, this, [this] { showSelectedAxis(); });
+    for (QRadioButton* axis : panel_->obMotor)
+        connect(axis, &QRadioButton::toggled, this,
+                guardedSlot(*this, [this] { showSelectedAxis(); }));
     connect(panel_->SSTab1, &QTabWidget::currentChanged, this, [this](int tab) {
         const int previous = shownTab_;
         shownTab_ = tab;
-        tabChanged(previous);
+        runGuarded(platform(), [&] { tabChanged(previous); });
     });
     Initialize();
 }
@@ -369,10 +371,18 @@ void ctlQuendrix::setPlatform(Platform* platform) {
 
 // ---- Start-up and shutdown -----------------------------------------------------------------
 
-void ctlQuendrix::Comm_Starten() { startup_->Comm_Starten(); }
-void ctlQuendrix::WiFi_Starten() { startup_->WiFi_Starten(); }
-void ctlQuendrix::Motor_Starten() { startup_->Motor_Starten(); }
-void ctlQuendrix::Motor_Abschalten() { startup_->Motor_Abschalten(); }
+void ctlQuendrix::Comm_Starten() {
+    startup_->Comm_Starten();
+}
+void ctlQuendrix::WiFi_Starten() {
+    startup_->WiFi_Starten();
+}
+void ctlQuendrix::Motor_Starten() {
+    startup_->Motor_Starten();
+}
+void ctlQuendrix::Motor_Abschalten() {
+    startup_->Motor_Abschalten();
+}
 
 // ---- Command channel ----------------------------------------------------------------------
 

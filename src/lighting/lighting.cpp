@@ -9,7 +9,7 @@
 #include <quendrix/RuntimeError.h>
 #include <quendrix/ctlQuendrix.h>
 
-#include "control/guard.h"
+#include "settings/guard.h"
 #include "link/link.h"
 #include "settings/numbers.h"
 

@@ -1,7 +1,7 @@
 // Wiring the motion controls of the panel to their handlers.
 #include "motion/motion.h"
 
-#include "control/guard.h"
+#include "settings/guard.h"
 
 #include <quendrix/Panel.h>
 #include <quendrix/ctlQuendrix.h>
@@ -72,10 +72,10 @@ void Motion::connectPanel() {
     connect(p.cmdSenken, &QPushButton::clicked, this,
             guardedSlot(control_, [this] { cmdSenken_Click(); }));
     // Enter in the raise box keeps the amount for the next start.
-    connect(p.Anheben, &QLineEdit::returnPressed, this, [this] {
-        control_.setini(control_.MotorName() + QLatin1Char('0'), QStringLiteral("anheben"),
-                        panel_.Anheben->text());
-    });
+    connect(p.Anheben, &QLineEdit::returnPressed, this, guardedSlot(control_, [this] {
+                control_.setini(control_.MotorName() + QLatin1Char('0'), QStringLiteral("anheben"),
+                                panel_.Anheben->text());
+            }));
 
     for (int axis = 0; axis < 2; ++axis) {
         connect(p.cbEndschalter[axis], &QCheckBox::stateChanged, this,

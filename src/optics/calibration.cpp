@@ -1,9 +1,9 @@
 #include "optics/calibration.h"
 
-#include "control/guard.h"
 #include "optics/calibrationfile.h"
 #include "optics/calibrationmath.h"
 #include "optics/calibrationplot.h"
+#include "settings/guard.h"
 #include "settings/numbers.h"
 #include "settings/textformat.h"
 
@@ -48,7 +48,8 @@ Calibration::Calibration(ctlQuendrix& control, Panel& panel) : control_(control)
     plot_ = new CalibrationPlot(grid->parentWidget());
     if (auto* column = qobject_cast<QBoxLayout*>(grid->parentWidget()->layout()))
         column->insertWidget(column->indexOf(grid) + 1, plot_);
-    connect(this, &Calibration::tableChanged, plot_, [this] { plot_->setTable(control_.Matrix); });
+    connect(this, &Calibration::tableChanged, plot_,
+            quietSlot([this] { plot_->setTable(control_.Matrix); }));
 }
 
 QString Calibration::fileName() const {

@@ -92,12 +92,9 @@ void Optics::updateExtension() {
 // Every reported move updates the extension and the field of view. A position at which the
 // field of view cannot be computed (at infinity focus, or before the optics are set up)
 // leaves the display as it was: a moving board must not flood the operator with messages.
-void Optics::axisMoved(int) {
-    try {
-        updateExtension();
-        BildGroesse();
-    } catch (const RuntimeError&) {
-    }
+void Optics::axisMoved() {
+    updateExtension();
+    BildGroesse();
 }
 
 void Optics::setFieldWidthFromSlider(int micrometres) {

@@ -2,9 +2,9 @@
 // of view. A box takes effect when Enter is pressed in it.
 #include "optics/optics.h"
 
-#include "control/guard.h"
 #include "link/link.h"
 #include "optics/calibration.h"
+#include "settings/guard.h"
 #include "settings/numbers.h"
 #include "settings/textformat.h"
 
@@ -55,7 +55,7 @@ Optics::Optics(ctlQuendrix& control, Panel& panel, Link& link, Motion& motion,
 
 void Optics::connectPanel() {
     Panel& p = panel_;
-    connect(&link_, &Link::positionReported, this, &Optics::axisMoved);
+    connect(&link_, &Link::positionReported, this, quietSlot([this] { axisMoved(); }));
     connect(&link_, &Link::lensShown, this, guardedSlot(control_, [this] { lblOptik_Change(); }));
     connect(p.cbOptik, &QComboBox::currentIndexChanged, this,
             guardedSlot(control_, [this] { cbOptik_Click(); }));
@@ -107,14 +107,8 @@ void Optics::connectPanel() {
 
     // A focal length or offset being typed is often no number yet: the slider's range follows
     // once it is one.
-    for (QLineEdit* box : {p.txBrennweite, p.txOffset}) {
-        connect(box, &QLineEdit::textChanged, this, [this] {
-            try {
-                Balgen_einstellen();
-            } catch (const RuntimeError&) {
-            }
-        });
-    }
+    for (QLineEdit* box : {p.txBrennweite, p.txOffset})
+        connect(box, &QLineEdit::textChanged, this, quietSlot([this] { Balgen_einstellen(); }));
     connect(p.Bildbreite, &QLineEdit::textChanged, this,
             guardedSlot(control_, [this] { scaleImageWidth(); }));
 

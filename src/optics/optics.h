@@ -43,7 +43,9 @@ public:
 
 private:
     void connectPanel();
-    void axisMoved(int axis);
+    // An axis reported a new position: the extension and the field of view follow it. Settings
+    // nothing can be computed from leave them as they are (the caller drops the error).
+    void axisMoved();
     QString lensKey(const QString& name, int index) const;
     QString cameraSection() const;
     // Field width of the bellows formula at a bellows extension (mm).

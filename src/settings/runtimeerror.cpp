@@ -27,12 +27,16 @@ QString RuntimeError::description(int number) {
             return QStringLiteral("Unzulässiger Prozeduraufruf oder ungültiges Argument");
         case Overflow:
             return QStringLiteral("Überlauf");
+        case OutOfMemory:
+            return QStringLiteral("Nicht genügend Speicher");
         case SubscriptOutOfRange:
             return QStringLiteral("Index außerhalb des gültigen Bereichs");
         case DivisionByZero:
             return QStringLiteral("Division durch Null");
         case TypeMismatch:
             return QStringLiteral("Typen unverträglich");
+        case InternalError:
+            return QStringLiteral("Interner Fehler");
         case FileNotFound:
             return QStringLiteral("Datei nicht gefunden");
         case InputPastEndOfFile:

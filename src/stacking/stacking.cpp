@@ -1,8 +1,8 @@
 // Wiring the stack controls of the panel, and the spacing advisor beside them.
 #include "stacking/stacking.h"
 
-#include "control/guard.h"
 #include "link/link.h"
+#include "settings/guard.h"
 
 #include <quendrix/Panel.h>
 #include <quendrix/ctlQuendrix.h>
@@ -40,13 +40,9 @@ void Stacking::connectPanel() {
     connect(p.Timer3, &QTimer::timeout, this, guardedSlot(control_, [this] { Timer3_Timer(); }));
     // While the number of planes is being typed it is often no number yet; the plan follows
     // once it is one.
-    connect(p.Ebenen, &QLineEdit::textChanged, this, [this] {
-        try {
-            Ebenen_Change();
-        } catch (const RuntimeError&) {
-        }
-    });
-    connect(p.Schrittzahl, &QLineEdit::textChanged, this, [this] { Schrittzahl_Change(); });
+    connect(p.Ebenen, &QLineEdit::textChanged, this, quietSlot([this] { Ebenen_Change(); }));
+    connect(p.Schrittzahl, &QLineEdit::textChanged, this,
+            guardedSlot(control_, [this] { Schrittzahl_Change(); }));
     for (QWidget* watched : {static_cast<QWidget*>(p.AutoKomb), static_cast<QWidget*>(p.Beginn),
                              static_cast<QWidget*>(p.Ende)})
         watched->installEventFilter(this);
@@ -115,9 +111,10 @@ void Stacking::buildAdvisor() {
         layout->addLayout(advisor, row + 1, 0, 1, -1);
     }
     for (QLineEdit* input : {aperture_, confusion_})
-        connect(input, &QLineEdit::textChanged, this, [this] { suggestSpacing(); });
-    connect(&control_, &ctlQuendrix::SehfeldNeu, this, [this] { suggestSpacing(); });
-    connect(take_, &QPushButton::clicked, this, [this] { takeSuggestion(); });
+        connect(input, &QLineEdit::textChanged, this, quietSlot([this] { suggestSpacing(); }));
+    connect(&control_, &ctlQuendrix::SehfeldNeu, this, quietSlot([this] { suggestSpacing(); }));
+    connect(take_, &QPushButton::clicked, this,
+            guardedSlot(control_, [this] { takeSuggestion(); }));
     suggestSpacing();
 }
 

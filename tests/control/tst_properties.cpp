@@ -1,6 +1,6 @@
 // The control shell: design-time properties, the container hooks with their property bag,
 // the INI file the control finds for itself, and the settings utilities it offers hosts.
-#include "control/guard.h"
+#include "settings/guard.h"
 #include "control/hostfolder.h"
 #include "support/errors.h"
 #include "support/testplatform.h"

@@ -21,6 +21,7 @@ class Lighting;
 class Link;
 class Motion;
 class Optics;
+class SettingNumbers;
 class Stacking;
 class Startup;
 class Waiter;
@@ -68,6 +69,10 @@ signals:
     void Bereitschaft(bool bereit);
     // A design-time property was set; the host marks its stored properties dirty.
     void PropertyChanged(QString PropertyName);
+    // A value in the settings file could not be used (the panel went on with the key's
+    // default), or a value could not be stored as given (the file was left as it was). The
+    // message names the file, the section and the key; it also goes to Qt's warning output.
+    void settingProblem(QString message);
 
 public:
     explicit ctlQuendrix(QWidget* parent = nullptr);
@@ -137,6 +142,8 @@ public:
     quendrix::Optics* optics() const { return optics_.get(); }
     quendrix::Stacking* stacking() const { return stacking_.get(); }
     quendrix::Startup* startup() const { return startup_.get(); }
+    // Numbers read from the settings file, with unusable values reported (settingProblem).
+    quendrix::SettingNumbers& settingNumbers() const { return *settingNumbers_; }
 
     // The surroundings the control asks for dialogs, time and keys; qtPlatform() unless set.
     quendrix::Platform& platform() const { return *platform_; }
@@ -249,7 +256,10 @@ private:
     // Completes the panel for the tab now shown; previousTab is the one shown before.
     void tabChanged(int previousTab);
 
+    void reportSettingProblem(const QString& message);
+
     std::unique_ptr<quendrix::Panel> panel_;
+    std::unique_ptr<quendrix::SettingNumbers> settingNumbers_;
     // Every wait of the control (acknowledgements, releases, moves) goes through this.
     std::unique_ptr<quendrix::Waiter> waiter_;
     std::unique_ptr<quendrix::Link> link_;

@@ -14,6 +14,7 @@
 #include "settings/numbers.h"
 #include "settings/profile.h"
 #include "settings/quicksort.h"
+#include "settings/settingnumbers.h"
 #include "settings/textformat.h"
 #include "settings/wait.h"
 #include "stacking/stacking.h"
@@ -50,6 +51,16 @@ QString entryText(const QVariant& entry, const QLocale& locale) {
     }
 }
 
+// A caption holds at most 1024 characters; a longer text is cut. The panel lays itself out
+// around its captions, and one of a million characters would make it millions of pixels wide.
+QString asCaption(const QString& text) {
+    constexpr qsizetype kLongestCaption = 1024;
+    if (text.size() <= kLongestCaption) return text;
+    QString cut = text.left(kLongestCaption);
+    if (cut.back().isHighSurrogate()) cut.chop(1);
+    return cut;
+}
+
 // A stored entry as a whole number; an entry that holds no number counts as `fallback`, so a
 // damaged bag never stops a host from loading its form.
 qint32 entryNumber(const QVariant& entry, qint32 fallback) {
@@ -68,6 +79,18 @@ qint32 entryNumber(const QVariant& entry, qint32 fallback) {
 ctlQuendrix::ctlQuendrix(QWidget* parent)
     : QWidget(parent),
       panel_(std::make_unique<Panel>(this)),
+      settingNumbers_(std::make_unique<SettingNumbers>(
+          [this](const QString& section, const QString& key, const QString& byDefault) {
+              return ini(section, key, byDefault);
+          },
+          [this](const QString& section, const QString& key, const QString& value,
+                 const QString& used) {
+              reportSettingProblem(
+                  QStringLiteral("settings file %1, section [%2], key \"%3\": "
+                                 "the value \"%4\" cannot be used; \"%5\" "
+                                 "is used instead")
+                      .arg(QDir::toNativeSeparators(inifile_), section, key, value.left(80), used));
+          })),
       waiter_(std::make_unique<Waiter>(qtPlatform())),
       link_(std::make_unique<Link>(*this, *panel_, *waiter_)),
       motion_(std::make_unique<Motion>(*this, *panel_, *link_, *waiter_)),
@@ -145,6 +168,7 @@ void ctlQuendrix::ReadProperties(PropertyBag& PropBag) {
     kennung_ =
         entryText(PropBag.ReadProperty(QStringLiteral("Kennung"), QStringLiteral("qQ")), locale);
 
+    settingNumbers_->forgetReports();
     inifile_ = deriveIniFile(
         App_Path, entryText(PropBag.ReadProperty(QStringLiteral("inifile"), QString()), locale),
         [](const QString& file) {
@@ -161,8 +185,10 @@ void ctlQuendrix::ReadProperties(PropertyBag& PropBag) {
         entryText(PropBag.ReadProperty(QStringLiteral("Brennweite"), 0), locale));
 
     p.lblCaption->setText(Caption());
-    p.Frame9->setTitle(entryText(PropBag.ReadProperty(QStringLiteral("Kameratyp"), 0), locale));
-    p.lblSehfeld->setText(entryText(PropBag.ReadProperty(QStringLiteral("Sehfeld"), 0), locale));
+    p.Frame9->setTitle(
+        asCaption(entryText(PropBag.ReadProperty(QStringLiteral("Kameratyp"), 0), locale)));
+    p.lblSehfeld->setText(
+        asCaption(entryText(PropBag.ReadProperty(QStringLiteral("Sehfeld"), 0), locale)));
     p.lblSehfeld->setToolTip(p.lblSehfeld->text());
 
     controltyp_ = qint16(std::clamp(
@@ -266,6 +292,7 @@ void ctlQuendrix::setKennung(const QString& value) {
 
 void ctlQuendrix::setinifile(const QString& value) {
     inifile_ = value;
+    settingNumbers_->forgetReports();
     emit PropertyChanged(QStringLiteral("inifile"));
 }
 
@@ -300,7 +327,7 @@ QString ctlQuendrix::Caption() const {
 }
 
 void ctlQuendrix::setCaption(const QString& value) {
-    panel_->lblCaption->setText(value);
+    panel_->lblCaption->setText(asCaption(value));
     emit PropertyChanged(QStringLiteral("Caption"));
 }
 
@@ -319,7 +346,7 @@ QString ctlQuendrix::Kameratyp() const {
 }
 
 void ctlQuendrix::setKameratyp(const QString& value) {
-    panel_->Frame9->setTitle(value);
+    panel_->Frame9->setTitle(asCaption(value));
     emit PropertyChanged(QStringLiteral("Kameratyp"));
 }
 
@@ -474,7 +501,12 @@ void ctlQuendrix::setini(const QString& KpAppName, const QString& KeyName,
     if (inifile_.isEmpty()) return;
     QString error;
     if (!profile::writeString(inifile_, KpAppName, KeyName, keydefault, &error))
-        qWarning("Quendrix: %s could not be written: %s", qPrintable(inifile_), qPrintable(error));
+        reportSettingProblem(QStringLiteral("%1 (section [%2])").arg(error, KpAppName));
+}
+
+void ctlQuendrix::reportSettingProblem(const QString& message) {
+    qWarning("Quendrix: %s", qPrintable(message));
+    emit settingProblem(message);
 }
 
 bool ctlQuendrix::WasKeyPressed(qint32 plVirtualKey) {

@@ -36,6 +36,8 @@ void Panel::buildTabs(QWidget* owner) {
     QFont bold = lblCaption->font();
     bold.setBold(true);
     lblCaption->setFont(bold);
+    // However long the caption a host gives, the panel keeps its width; the caption is cut.
+    lblCaption->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     column(operating)->addWidget(lblCaption);
 }
 

@@ -2,9 +2,10 @@
 // sequence per rig type. The board expects its settings in exactly these orders.
 //
 // A setting needed as a number counts by its leading number, and a text without one as 0; a
-// value the panel has nothing for (a sixth micro-step division, a third light module) counts as
-// the setting's default. Boxes whose own handlers would talk to the board are set quietly: the
-// sequences send what the board needs themselves.
+// number beyond any range, or a value the panel has nothing for (a sixth micro-step division, a
+// third light module), counts as the setting's default and is reported. Boxes whose own
+// handlers would talk to the board are set quietly: the sequences send what the board needs
+// themselves.
 #include "lighting/lighting.h"
 #include "link/link.h"
 #include "link/startup.h"
@@ -13,6 +14,7 @@
 #include "optics/calibration.h"
 #include "optics/optics.h"
 #include "settings/numbers.h"
+#include "settings/settingnumbers.h"
 #include "settings/textformat.h"
 #include "settings/wait.h"
 #include "stacking/stacking.h"
@@ -35,29 +37,6 @@ namespace quendrix {
 namespace {
 
 constexpr int kDivisions = 5;  // micro-step exponents 0 to 4
-
-// The leading number of a setting; a text that is no number (or beyond any number) is 0.
-double numberIn(const QString& text) {
-    try {
-        return Val(text);
-    } catch (const RuntimeError&) {
-        return 0;
-    }
-}
-
-// A setting as a whole number (steps, encoder values, counters); one beyond a Long is 0.
-qint32 wholeNumberIn(const QString& text) {
-    try {
-        return toLong(numberIn(text));
-    } catch (const RuntimeError&) {
-        return 0;
-    }
-}
-
-// A check box's state: 1 ticks it, anything else leaves it clear.
-int checkStateIn(const QString& text) {
-    return numberIn(text) == 1 ? 1 : 0;
-}
 
 // A number as the board reads it: no blanks, a decimal point.
 QString commandNumber(double value) {
@@ -84,27 +63,29 @@ public:
           link_(link),
           waiter_(waiter),
           startup_(startup),
-          motion_(*control.motion()) {}
+          motion_(*control.motion()),
+          numbers_(control.settingNumbers()) {}
 
     // The stack's pause and number of planes, and how far axis 0 is raised.
     void stackTiming() {
-        p_.wartezeit->setText(setting(0, "Wartezeit", QStringLiteral("150")));
-        const QString planes = setting(0, "Serie", QStringLiteral("20"));
+        p_.wartezeit->setText(numberText(0, "Wartezeit", QStringLiteral("150")));
+        const QString planes = numberText(0, "Serie", QStringLiteral("20"));
         p_.Ebenen->setText(planes);
         setTag(p_.Ebenen, planes);
     }
     void raiseAmount(const QString& byDefault) {
-        p_.Anheben->setText(setting(0, "anheben", byDefault));
+        p_.Anheben->setText(numberText(0, "anheben", byDefault));
     }
 
     void camera() {
         const QString section = control_.Kameratyp();
-        const QString width = control_.ini(section, QStringLiteral("Bildbreite"), "22,5");
+        const QString width = numbers_.numberText(section, QStringLiteral("Bildbreite"), "22,5");
         control_.setSensorbreite(singleIn(width));
         p_.SensorBreiteP->setText(
-            control_.ini(section, QStringLiteral("basisaufloesungx"), "1024"));
-        p_.SensorBreiteA->setText(control_.ini(section, QStringLiteral("aufloesungx"), "1024"));
-        p_.Zwischenringe->setText(control_.ini(
+            numbers_.numberText(section, QStringLiteral("basisaufloesungx"), "1024"));
+        p_.SensorBreiteA->setText(
+            numbers_.numberText(section, QStringLiteral("aufloesungx"), "1024"));
+        p_.Zwischenringe->setText(numbers_.numberText(
             section, QStringLiteral("zwischenringe") + control_.MotorName().right(1), "0"));
     }
 
@@ -118,26 +99,25 @@ public:
 
     // Lead per revolution and full steps per revolution.
     void drive(int axis, const QString& lead, const QString& steps) {
-        p_.Steigung[axis]->setText(setting(axis, "Steigung", lead));
-        p_.Schritte[axis]->setText(setting(axis, "Schritte", steps));
+        p_.Steigung[axis]->setText(numberText(axis, "Steigung", lead));
+        p_.Schritte[axis]->setText(numberText(axis, "Schritte", steps));
     }
 
     // Whether micro-steps are offered; its box opens the divisions.
     void microStepsOffered(int axis) {
         const qint16 current = axis == 0 ? control_.Mikroschritt0() : control_.Mikroschritt1();
-        const double offered = numberIn(setting(axis, "Mikroschritte", QString::number(current)));
-        const qint16 value = offered >= 0 && offered <= 2 ? toInteger(offered) : current;
+        const auto offered =
+            qint16(wholeNumber(axis, "Mikroschritte", QString::number(current), 0, 2));
         if (axis == 0)
-            control_.setMikroschritt0(value);
+            control_.setMikroschritt0(offered);
         else
-            control_.setMikroschritt1(value);
+            control_.setMikroschritt1(offered);
     }
 
     // The division kept in the settings; it is selected without the button's handler, which
     // would store it back and send it.
     int storedDivision(int axis) {
-        const qint32 exponent = wholeNumberIn(setting(axis, "micro", QStringLiteral("0")));
-        return exponent >= 0 && exponent < kDivisions ? exponent : 0;
+        return wholeNumber(axis, "micro", QStringLiteral("0"), 0, kDivisions - 1);
     }
     void chooseDivision(int axis, int exponent) {
         const auto& options = axis == 0 ? p_.micro0 : p_.micro1;
@@ -152,32 +132,30 @@ public:
     // The stored full-step pause, shown per micro-step of the division in force.
     void pause(int axis, const QString& byDefault) {
         QLineEdit* box = p_.Taktpause[axis];
-        setTag(box, setting(axis, "Taktpause", byDefault));
-        box->setText(microStepPause(numberIn(tag(box)), exponentInForce(axis), control_.locale()));
+        setTag(box, numberText(axis, "Taktpause", byDefault));
+        box->setText(microStepPause(Val(tag(box)), exponentInForce(axis), control_.locale()));
         send('w', axis, Trim(box->text()));
     }
 
-    void startTime(int axis) {
-        send('w', axis, commandNumber(numberIn(setting(axis, "startzeit", "-1500"))));
-    }
+    void startTime(int axis) { send('w', axis, commandNumber(number(axis, "startzeit", "-1500"))); }
     // The step stage is negative: the board reads 0 and more as micro-step divisions.
     void stage(int axis) {
-        const double stage = numberIn(setting(axis, "stufe", QStringLiteral("-5")));
+        const double stage = number(axis, "stufe", QStringLiteral("-5"));
         send('g', axis, stage >= 0 ? QStringLiteral("-1") : commandNumber(stage));
     }
 
     void encoderKind(int axis) {
         p_.Encoderart[axis]->setText(setting(axis, "enc_wert", QStringLiteral("Analog")));
-        setValue(p_.E_Typ[axis], checkStateIn(setting(axis, "enc_typ", QStringLiteral("0"))));
+        setValue(p_.E_Typ[axis], checkState(axis, "enc_typ"));
     }
     void encoderRange(int axis) {
-        motion_.minEncoder[axis] = wholeNumberIn(setting(axis, "minEncoder", QStringLiteral("0")));
-        motion_.maxEncoder[axis] = wholeNumberIn(setting(axis, "maxEncoder", QStringLiteral("0")));
-        setValue(p_.ENC[axis], checkStateIn(setting(axis, "enc", QStringLiteral("0"))));
+        motion_.minEncoder[axis] = wholeNumber(axis, "minEncoder", QStringLiteral("0"));
+        motion_.maxEncoder[axis] = wholeNumber(axis, "maxEncoder", QStringLiteral("0"));
+        setValue(p_.ENC[axis], checkState(axis, "enc"));
     }
 
     void travel(int axis, const QString& byDefault) {
-        const qint32 steps = wholeNumberIn(setting(axis, "MaxPosition", byDefault));
+        const qint32 steps = wholeNumber(axis, "MaxPosition", byDefault);
         motion_.maxPosition[axis] = steps;
         p_.Label13[axis]->setText(QString::number(steps));
         send('m', axis, p_.Label13[axis]->text());
@@ -185,7 +163,7 @@ public:
 
     // The last known position: the board's counter starts from it.
     void position(int axis) {
-        const qint32 steps = wholeNumberIn(setting(axis, "Position", QStringLiteral("0")));
+        const qint32 steps = wholeNumber(axis, "Position", QStringLiteral("0"));
         link_.AchsPosition[axis] = steps;
         p_.lblPosition1[axis]->setText(QString::number(steps));
         std::optional<QString> mm;
@@ -207,7 +185,7 @@ public:
         QCheckBox* box = p_.cbDrehrichtungArduino[axis];
         {
             const QSignalBlocker quiet(box);
-            setValue(box, checkStateIn(setting(axis, "RichtungIntern", QStringLiteral("0"))));
+            setValue(box, checkState(axis, "RichtungIntern"));
         }
         send('c', axis, QString::number(value(box)));
     }
@@ -218,8 +196,8 @@ public:
         QCheckBox* direction = p_.Check0[axis];
         const QSignalBlocker quietLimit(limit);
         const QSignalBlocker quietDirection(direction);
-        setValue(limit, checkStateIn(setting(axis, "Endschalter", QStringLiteral("0"))));
-        setValue(direction, checkStateIn(setting(axis, "a_Richtung", QStringLiteral("0"))));
+        setValue(limit, checkState(axis, "Endschalter"));
+        setValue(direction, checkState(axis, "a_Richtung"));
     }
     // Setzen acts on the axis chosen with obMotor; the operator's choice comes back afterwards.
     // The one-axis rigs' common run: encoder limits, travel, position, direction, the switches
@@ -243,35 +221,35 @@ public:
 
     // Backlash in steps; the link chooses its acknowledgements by it.
     void backlash(int axis) {
-        const qint32 steps = wholeNumberIn(setting(axis, "spiel", QStringLiteral("0")));
+        const qint32 steps = wholeNumber(axis, "spiel", QStringLiteral("0"));
         p_.tSpiel[axis]->setText(QString::number(steps));
         link_.backlash[axis] = steps;
         send('a', axis, Trim(p_.tSpiel[axis]->text()));
     }
 
     void stackRange() {
-        p_.BBeginn[0]->setText(setting(0, "Beginn", p_.BBeginn[0]->text()));
-        p_.BEnde[0]->setText(setting(0, "Ende", p_.BEnde[0]->text()));
+        p_.BBeginn[0]->setText(numberText(0, "Beginn", p_.BBeginn[0]->text()));
+        p_.BEnde[0]->setText(numberText(0, "Ende", p_.BEnde[0]->text()));
     }
     void seriesCounter() {
-        control_.stacking()->Serie = wholeNumberIn(
-            control_.ini(QStringLiteral("Verzeichnis"), QStringLiteral("Serie"), "10"));
+        control_.stacking()->Serie =
+            numbers_.wholeNumber(QStringLiteral("Verzeichnis"), QStringLiteral("Serie"), "10");
     }
 
     // The brightness bars are set without sending: the lights follow once they are switched.
     void brightness(int channel, int axis, const char* key) {
         QScrollBar* bar = p_.HScroll1[channel];
         const QSignalBlocker quiet(bar);
-        bar->setValue(wholeNumberIn(setting(axis, key, QStringLiteral("255"))));
+        bar->setValue(wholeNumber(axis, key, QStringLiteral("255")));
     }
 
     // Which light the rig has: 0 the controller's two channels, 1 or more a light module, shown
     // in its frame. A module the panel has no frame for counts as none.
     void lightingMode() {
-        const qint32 mode = wholeNumberIn(control_.ini(control_.MotorName(), "DLicht", "0"));
-        const bool known = mode >= -32768 && mode <= qint32(p_.Frame13.size());
-        control_.lighting()->DLicht = known ? qint16(mode) : 0;
-        if (known && mode >= 1) p_.Frame13[mode - 1]->setVisible(true);
+        const qint32 mode = numbers_.wholeNumber(control_.MotorName(), "DLicht", "0", -32768,
+                                                 qint32(p_.Frame13.size()));
+        control_.lighting()->DLicht = qint16(mode);
+        if (mode >= 1) p_.Frame13[mode - 1]->setVisible(true);
     }
     // The light module is chosen and told its type; without one, both channels are set.
     void bellowsLights() {
@@ -326,11 +304,32 @@ private:
     QString setting(int axis, const char* key, const QString& byDefault) {
         return setting(axis, QString::fromLatin1(key), byDefault);
     }
+    QString section(int axis) const { return control_.MotorName() + QString::number(axis); }
+    QString numberText(int axis, const char* key, const QString& byDefault) {
+        return numbers_.numberText(section(axis), QString::fromLatin1(key), byDefault);
+    }
+    double number(int axis, const char* key, const QString& byDefault) {
+        return numbers_.number(section(axis), QString::fromLatin1(key), byDefault);
+    }
+    qint32 wholeNumber(int axis, const char* key, const QString& byDefault,
+                       qint32 lowest = std::numeric_limits<qint32>::min(),
+                       qint32 highest = std::numeric_limits<qint32>::max()) {
+        return numbers_.wholeNumber(section(axis), QString::fromLatin1(key), byDefault, lowest,
+                                    highest);
+    }
+    // A check box's state: 1 ticks it, anything else leaves it clear.
+    int checkState(int axis, const char* key) {
+        return number(axis, key, QStringLiteral("0")) == 1 ? 1 : 0;
+    }
 
     // The exponent the first division button keeps (the board may have told it, see ?0#).
     int exponentInForce(int axis) const {
-        const qint32 exponent = wholeNumberIn(tag(axis == 0 ? p_.micro0[0] : p_.micro1[0]));
-        return exponent >= 0 && exponent < kDivisions ? exponent : 0;
+        try {
+            const qint32 exponent = toLong(Val(tag(axis == 0 ? p_.micro0[0] : p_.micro1[0])));
+            return exponent >= 0 && exponent < kDivisions ? exponent : 0;
+        } catch (const RuntimeError&) {
+            return 0;
+        }
     }
 
     // A width in mm as the control's locale writes it ("22,5"), else its leading number.
@@ -340,7 +339,7 @@ private:
         } catch (const RuntimeError&) {
         }
         try {
-            return toSingle(numberIn(text));
+            return toSingle(Val(text));
         } catch (const RuntimeError&) {
             return 0;
         }
@@ -352,6 +351,7 @@ private:
     Waiter& waiter_;
     Startup& startup_;
     Motion& motion_;
+    SettingNumbers& numbers_;
 };
 
 }  // namespace

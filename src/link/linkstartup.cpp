@@ -3,6 +3,7 @@
 #include "link/startup.h"
 #include "settings/guard.h"
 #include "settings/numbers.h"
+#include "settings/settingnumbers.h"
 #include "settings/wait.h"
 
 #include <quendrix/Panel.h>
@@ -19,6 +20,7 @@ namespace quendrix {
 
 namespace {
 const QByteArray kIdentify = "?#\r\n";
+const QString kDefaultBaud = QStringLiteral("115200");
 constexpr int kSerialAttempts = 5;
 constexpr double kSerialAttemptSeconds = 2;
 constexpr double kConnectSeconds = 61;
@@ -75,15 +77,16 @@ bool Startup::identifiedBoard(const QString& line) const {
 void Startup::Comm_Starten() {
     Panel& p = panel_;
     const QString section = control_.MotorName();
+    SettingNumbers& numbers = control_.settingNumbers();
     p.ComPort->setText(control_.ini(section, QStringLiteral("port"), QStringLiteral("6")));
-    p.ComBaud->setText(control_.ini(section, QStringLiteral("baud"), QStringLiteral("115200")));
+    p.ComBaud->setText(numbers.numberText(section, QStringLiteral("baud"), kDefaultBaud));
     setValue(p.Check2, 1);
     control_.wifi = false;
 
     QSerialPort* port = p.MSComm1;
     if (port->isOpen()) port->close();
     port->setPortName(serialDeviceFor(p.ComPort->text()));
-    port->setBaudRate(qint32(Val(p.ComBaud->text())));
+    port->setBaudRate(numbers.wholeNumber(section, QStringLiteral("baud"), kDefaultBaud, 1));
     port->setParity(QSerialPort::NoParity);
     port->setDataBits(QSerialPort::Data8);
     port->setStopBits(QSerialPort::OneStop);

@@ -4,6 +4,7 @@
 #include "optics/calibration.h"
 #include "optics/optics.h"
 #include "settings/numbers.h"
+#include "settings/settingnumbers.h"
 #include "settings/textformat.h"
 
 #include <quendrix/Panel.h>
@@ -56,12 +57,14 @@ void Optics::Optik_laden() {
         }
         names->setCurrentIndex(-1);
     }
-    const double current = Val(control_.ini(
+    const double current = control_.settingNumbers().number(
         cameraSection(), QStringLiteral("aktuell") + lastCharacter(control_.MotorName()),
-        QStringLiteral("0")));
+        QStringLiteral("0"));
     if (current < names->count()) {
-        factors->setCurrentRow(int(current));
-        names->setCurrentIndex(int(current));  // raises the selection handler
+        // Any negative entry selects nothing, as -1 does.
+        const int index = current > -1 ? int(current) : -1;
+        factors->setCurrentRow(index);
+        names->setCurrentIndex(index);  // raises the selection handler
     }
 }
 
@@ -152,9 +155,9 @@ void Optics::cbOptik_Click() {
     updateExtension();
     panel_.txBrennweite->setText(singleToText(control_.Brennweite(), control_.locale()));
     panel_.txOffset->setText(doubleToText(control_.AzOffset(), control_.locale()));
-    setValue(panel_.Autofokus,
-             int(Val(control_.ini(cameraSection(), lensKey(QStringLiteral("autofokus"), index),
-                                  QStringLiteral("0")))));
+    setValue(panel_.Autofokus, control_.settingNumbers().wholeNumber(
+                                   cameraSection(), lensKey(QStringLiteral("autofokus"), index),
+                                   QStringLiteral("0"), 0, 2));
     // A lens whose focal length is not known yet has no image width to show.
     try {
         panel_.Bildbreite->setText(formatNumber(bellowsFieldWidth(Val(panel_.lbAuszug->toolTip())),

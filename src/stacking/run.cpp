@@ -3,6 +3,7 @@
 #include "link/link.h"
 #include "motion/motion.h"
 #include "settings/numbers.h"
+#include "settings/settingnumbers.h"
 #include "settings/textformat.h"
 #include "settings/wait.h"
 #include "stacking/stacking.h"
@@ -125,9 +126,7 @@ void Stacking::Fortsetzung() {
     if (tag(p.AutoKomb) != kActive) {
         setTag(p.Mittelw, QString());
         emit control_.Mittelwert(layerCount());
-        Ebenenzaehler = toLong(Val(control_.ini(QStringLiteral("Verzeichnis"),
-                                                QStringLiteral("Serie"), QStringLiteral("10")))) -
-                        1;
+        Ebenenzaehler = seriesLength() - 1;
         Zuruecksetzen();
         showProgress();
         return;
@@ -140,12 +139,17 @@ void Stacking::Fortsetzung() {
     showProgress();
 }
 
+// The number of pictures of an averaging series, kept in the settings.
+qint32 Stacking::seriesLength() {
+    return control_.settingNumbers().wholeNumber(QStringLiteral("Verzeichnis"),
+                                                 QStringLiteral("Serie"), QStringLiteral("10"));
+}
+
 void Stacking::Mittelw_Click() {
     Panel& p = panel_;
     Kamera_bereit = false;
     raiseFieldOfView();
-    Ebenenzaehler = toLong(Val(control_.ini(QStringLiteral("Verzeichnis"), QStringLiteral("Serie"),
-                                            QStringLiteral("10"))));
+    Ebenenzaehler = seriesLength();
     planesTotal_ = Ebenenzaehler;
     runStart_ = control_.platform().now();
     p.Timer3->setInterval(toLong(Val(p.wartezeit->text())));

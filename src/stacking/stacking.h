@@ -66,6 +66,7 @@ private:
     void takePosition(QLineEdit* field, int button);
     void raiseFieldOfView();
     QString layerCount() const;
+    qint32 seriesLength();
     void showProgress();
 
     ctlQuendrix& control_;

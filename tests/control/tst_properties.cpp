@@ -1,7 +1,7 @@
 // The control shell: design-time properties, the container hooks with their property bag,
 // the INI file the control finds for itself, and the settings utilities it offers hosts.
-#include "settings/guard.h"
 #include "control/hostfolder.h"
+#include "settings/guard.h"
 #include "support/errors.h"
 #include "support/testplatform.h"
 
@@ -115,6 +115,26 @@ private slots:
         QCOMPARE(errorOf([&] { control->Brennweite(); }), int(RuntimeError::TypeMismatch));
         p.txOffset->setText(QString());
         QVERIFY_THROWS_EXCEPTION(RuntimeError, control->AzOffset());
+    }
+
+    // Captions are cut to 1024 characters, so that a host's runaway text cannot blow the panel
+    // up to millions of pixels; the caption of the control itself never widens it.
+    void hugeCaptionsAreCut() {
+        auto control = newControl();
+        const int width = control->sizeHint().width();
+        const QString huge(1000000, u'x');
+        control->setCaption(huge);
+        QCOMPARE(control->Caption(), huge.left(1024));
+        QCOMPARE(control->sizeHint().width(), width);
+        PropertyBag bag;
+        for (const char* name : {"Caption", "Kameratyp", "Sehfeld"})
+            bag.WriteProperty(name, huge);
+        control->ReadProperties(bag);
+        QCOMPARE(control->Caption().size(), 1024);
+        QCOMPARE(control->Kameratyp().size(), 1024);
+        QCOMPARE(control->Sehfeld().size(), 1024);
+        control->show();
+        QVERIFY(!control->grab().isNull());
     }
 
     void sensorWidthLeavesAHalfTypedNumberAlone() {

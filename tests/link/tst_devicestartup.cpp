@@ -218,8 +218,9 @@ private slots:
         QCOMPARE(messages(), QStringList());
     }
 
-    // Values that are no numbers count as 0, values the panel has nothing for as the default;
-    // nothing is reported.
+    // Values that are no numbers count as 0, as they always have. A number beyond any range, or
+    // a value the panel has nothing for, counts as the key's default and is reported once,
+    // naming the file, the section and the key.
     void damagedSettings() {
         QVERIFY(start(Rig::Bellows, 0,
                       "[Stativ]\nDLicht=9\nLichtregler0=aus\n"
@@ -228,17 +229,33 @@ private slots:
                       "startzeit=bald\nstufe=%\nhelligkeit0=hell\nSerie=x\nno value here\n"
                       "[Stativ1]\nTaktpause=7e400\n"
                       "[EOS]\nBildbreite=breit\n[Verzeichnis]\nSerie=1e99\n"));
+        QSignalSpy problems(&control(), &ctlQuendrix::settingProblem);
         QCOMPARE(startUp(),
-                 Commands({"?#",  "?0#",  "w0#", "m0#", "p0#",     "c0#",  "t1#",    "a0#",
-                           "w0#", "g-1#", "?1#", "W0#", "W-1500#", "G-5#", "M4050#", "P0#",
-                           "C0#", "T1#",  "A0#", "l1#", "L0#",     "d0#",  "l1#",    "L0#"}));
+                 Commands({"?#",  "?0#",  "w0#", "m560000#", "p0#",     "c0#",  "t1#",    "a0#",
+                           "w0#", "g-1#", "?1#", "W8000#",   "W-1500#", "G-5#", "M4050#", "P0#",
+                           "C0#", "T1#",  "A0#", "l1#",      "L0#",     "d0#",  "l1#",    "L0#"}));
         QCOMPARE(messages(), QStringList());
         QVERIFY(rig_->link().bBereit);
         QCOMPARE(control().Mikroschritt0(), qint16(0));
         QCOMPARE(control().lighting()->DLicht, qint16(0));
         QCOMPARE(panel().Sensor_breite->text(), "0");
-        QCOMPARE(control().stacking()->Serie, 0);
+        QCOMPARE(control().stacking()->Serie, 10);
+        QCOMPARE(quendrix::tag(panel().Taktpause[1]), "8000");
         QVERIFY(!panel().HScroll1[0]->isHidden());
+
+        QStringList reported;
+        for (const QList<QVariant>& problem : problems)
+            reported << problem[0].toString();
+        const QStringList expected = {"[Stativ], key \"DLicht\": the value \"9\"",
+                                      "[Stativ0], key \"Mikroschritte\": the value \"5\"",
+                                      "[Stativ0], key \"MaxPosition\": the value \"1e30\"",
+                                      "[Verzeichnis], key \"Serie\": the value \"1e99\"",
+                                      "[Stativ1], key \"Taktpause\": the value \"7e400\""};
+        QCOMPARE(reported.size(), expected.size());
+        for (int i = 0; i < expected.size(); ++i) {
+            QVERIFY2(reported[i].contains(expected[i]) && reported[i].contains(control().inifile()),
+                     qPrintable(reported[i]));
+        }
     }
 };
 

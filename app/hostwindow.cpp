@@ -35,6 +35,7 @@ HostWindow::HostWindow() : panel_(new ctlQuendrix(this)), pictures_(new QListWid
     connect(panel_, &ctlQuendrix::SehfeldNeu, this, [this](const QString& width) {
         statusBar()->showMessage(QStringLiteral("Bildbreite %1 mm").arg(width.trimmed()));
     });
+    connect(panel_, &ctlQuendrix::settingProblem, this, &HostWindow::report);
     connect(panel_, &ctlQuendrix::Bereitschaft, this, [this](bool ready) {
         ready_ = ready_ || ready;
         statusBar()->showMessage(ready ? QStringLiteral("Bereit")
@@ -45,6 +46,11 @@ HostWindow::HostWindow() : panel_(new ctlQuendrix(this)), pictures_(new QListWid
 void HostWindow::note(const QString& text) {
     pictures_->addItem(QTime::currentTime().toString(QStringLiteral("HH:mm:ss  ")) + text);
     pictures_->scrollToBottom();
+}
+
+void HostWindow::report(const QString& problem) {
+    note(QStringLiteral("Achtung: ") + problem);
+    statusBar()->showMessage(problem);
 }
 
 // The run waits until the picture is saved: released at once here, it would move on while
@@ -64,7 +70,12 @@ void HostWindow::closeEvent(QCloseEvent* event) {
     if (ready_ && !shutDown_) {
         shutDown_ = true;
         statusBar()->showMessage(QStringLiteral("Steuerung wird abgeschaltet …"));
-        panel_->Motor_Abschalten();
+        try {
+            panel_->Motor_Abschalten();
+        } catch (const std::exception& error) {
+            // Shutting down ignores the board's failures; nothing else is expected to fail.
+            qWarning("quendrix: the shutdown failed: %s", error.what());
+        }
     }
     event->accept();
 }

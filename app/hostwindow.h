@@ -17,6 +17,9 @@ public:
     ctlQuendrix& panel() const { return *panel_; }
     // True once the rig was brought into service; only then does closing save its state.
     bool rigReady() const { return ready_; }
+    // Shows a problem the photographer should know of (a setting that could not be used) in the
+    // list beside the panel and in the status bar.
+    void report(const QString& problem);
 
 protected:
     // Stops the rig and writes its state to the settings file before the window goes.

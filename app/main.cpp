@@ -2,6 +2,7 @@
 // brings the rig into service: by default a simulated rig, built in, so that everything can
 // be tried without hardware; with --board serial or wifi the real one named in the settings.
 #include "hostwindow.h"
+#include "propertyrestore.h"
 #include "simulatedrig.h"
 #include "unattended.h"
 
@@ -73,6 +74,9 @@ int main(int argc, char* argv[]) {
     if (board != u"sim" && board != u"serial" && board != u"wifi")
         return fail(QStringLiteral("--board: sim, serial or wifi, not %1").arg(board));
     const bool simulated = board == u"sim";
+    const QString rigType = options.value(rigOption);
+    if (options.isSet(rigOption) && rigType != u"0" && rigType != u"1" && rigType != u"2")
+        return fail(QStringLiteral("--rig: 0, 1 or 2, not %1").arg(rigType));
 
     SimulatedRig rig;  // outlives the window, whose panel holds its port
     HostWindow window;
@@ -86,7 +90,13 @@ int main(int argc, char* argv[]) {
         QString error;
         if (!bag.load(options.value(bagOption), &error))
             return fail(QStringLiteral("cannot read %1: %2").arg(options.value(bagOption), error));
-        panel.ReadProperties(bag);
+        for (const QString& problem : restoreProperties(panel, bag)) {
+            const QString text =
+                QStringLiteral("property bag %1: %2")
+                    .arg(QDir::toNativeSeparators(options.value(bagOption)), problem);
+            std::fprintf(stderr, "quendrix: %s\n", qPrintable(text));
+            window.report(text);
+        }
     } else {
         panel.InitProperties();
         panel.setMotorName(QStringLiteral("Stativ"));
@@ -96,7 +106,7 @@ int main(int argc, char* argv[]) {
     // language of its own ("C") gets the panel's.
     if (QLocale::system().name() == u"C")
         panel.setLocale(QLocale(QLocale::German, QLocale::Germany));
-    if (options.isSet(rigOption)) panel.setControltyp(qint16(options.value(rigOption).toShort()));
+    if (options.isSet(rigOption)) panel.setControltyp(qint16(rigType.toShort()));
     panel.setinifile(options.isSet(iniOption)
                          ? QFileInfo(options.value(iniOption)).absoluteFilePath()
                          : defaultSettingsFile(simulated));
@@ -111,10 +121,15 @@ int main(int argc, char* argv[]) {
     window.resize(760, 860);
     window.show();
     QTimer::singleShot(0, &window, [&] {
-        if (board == u"wifi")
-            panel.WiFi_Starten();
-        else
-            panel.Comm_Starten();
+        try {
+            if (board == u"wifi")
+                panel.WiFi_Starten();
+            else
+                panel.Comm_Starten();
+        } catch (const std::exception& error) {
+            // The panel's start-up does not fail this way; should it ever, the rig is not ready.
+            std::fprintf(stderr, "quendrix: the start-up failed: %s\n", error.what());
+        }
         if (!snapshot) return;
         QCoreApplication::processEvents();  // the panel's layout and paint after the start-up
         const QString file = options.value(snapshotOption);

@@ -84,6 +84,53 @@ private slots:
         QCOMPARE(contents(ini), tuned);
 
         QCOMPARE(run({"--board", "usb"}).exitCode, 2);
+        QCOMPARE(run({"--rig", "7"}).exitCode, 2);
+    }
+
+    // A value the rig cannot use is named once, with its file, section and key; the rig runs
+    // with the key's default, and every key the rig does not keep itself stays as it was.
+    void unusableSettingsAreNamedAndTheRestIsKept() {
+        const QString ini = dir_.filePath("handmade_L.ini");
+        QFile file(ini);
+        const QByteArray handMade =
+            "[Kamera]\r\nAktuellv=1e400\r\nObjektivv_0=Makro 100\r\nFaktorv_0=0,0125\r\n"
+            "[Stativ0]\r\nMaxPosition=99e999\r\nPosition=1500\r\n"
+            "[Notizen]\r\nStativ=links am Fenster\r\n";
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(handMade) == handMade.size());
+        file.close();
+        const Run started = run({"--ini", ini, "--snapshot", dir_.filePath("w.png")});
+        QVERIFY2(started.exitCode == 0, qPrintable(started.output));
+        QVERIFY2(started.output.contains("the simulated rig is ready"), qPrintable(started.output));
+        const QStringList named = {
+            "settings file " + ini + ", section [Kamera], key \"aktuellv\": the value \"1e400\"",
+            "section [Stativ0], key \"MaxPosition\": the value \"99e999\""};
+        for (const QString& report : named)
+            QVERIFY2(started.output.count(report) == 1, qPrintable(started.output));
+        QCOMPARE(profile::readString(ini, "Kamera", "Objektivv_0", ""), "Makro 100");
+        QCOMPARE(profile::readString(ini, "Kamera", "Faktorv_0", ""), "0,0125");
+        QCOMPARE(profile::readString(ini, "Notizen", "Stativ", ""), "links am Fenster");
+        QCOMPARE(profile::readString(ini, "Stativ0", "Position", ""), "1500");
+        // What the rig keeps itself it writes back as it ran: with the defaults.
+        QCOMPARE(profile::readString(ini, "Stativ0", "MaxPosition", ""), "560000");
+        QCOMPARE(profile::readString(ini, "Kamera", "Aktuellv", ""), "0");
+    }
+
+    void aBagEntryThePanelRefusesIsNamed() {
+        const QString bag = dir_.filePath("host.bag");
+        QFile file(bag);
+        const QByteArray entries =
+            R"({"format": "quendrix-propertybag", "version": 1, "entries": [
+                {"name": "Caption", "type": "QString", "value": "Balgen links"},
+                {"name": "Mikroschritt0", "type": "int", "value": 2147483647}]})";
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(entries) == entries.size());
+        file.close();
+        const QString picture = dir_.filePath("bag.png");
+        const Run started =
+            run({"--bag", bag, "--ini", dir_.filePath("bag_L.ini"), "--snapshot", picture});
+        QVERIFY2(started.exitCode == 0, qPrintable(started.output));
+        QVERIFY2(started.output.contains("entry \"Mikroschritt0\" = \"2147483647\" cannot be used"),
+                 qPrintable(started.output));
+        QVERIFY(!QImage(picture).isNull());
     }
 };
 

@@ -174,7 +174,8 @@ void Link::showEncoder(int axis, std::optional<double> value) {
 void Link::showChangerPosition(std::optional<double> position) {
     if (!position) return;
     const auto positions = qsizetype(panel_.lbObjektiv.size());
-    const bool known = *position >= 0 && *position < double(positions) && *position == int(*position);
+    const bool known =
+        *position >= 0 && *position < double(positions) && *position == int(*position);
     const bool mounted = known && !Trim(panel_.lbObjektiv[int(*position)]->text()).isEmpty();
     panel_.lblOptik->setText(mounted ? panel_.lbObjektiv[int(*position)]->text()
                                      : QStringLiteral("ohne"));

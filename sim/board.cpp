@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 namespace quendrix::sim {
@@ -42,6 +43,88 @@ QByteArray number(qint64 n) {
     return QByteArray::number(n);
 }
 
+// Printable characters, the first never a blank, with no "q", "Q", "|" or "@" (so no status
+// line and no acknowledgement of a two-axis or lens-changer board) and neither "A" nor "u"
+// (so never "Arduino" or "unbekannt").
+QByteArray printableJunk(Random& random, int length) {
+    static const QByteArray forbidden = "qQ|@Au";
+    QByteArray line;
+    line.reserve(length);
+    while (line.size() < length) {
+        const char c = char(0x20 + random.below(0x7F - 0x20));
+        if (forbidden.contains(c) || (line.isEmpty() && c == ' ')) continue;
+        line += c;
+    }
+    return line;
+}
+
+// The kinds of hostile garbage. None of them contains "|F" (a finished move), "Arduino" or
+// "unbekannt", starts like an acknowledgement (a letter, "q" or "@", then "|"), or has "|B"
+// without out-of-range "#" and "~" fields: nothing in them may count as a reply or change
+// the state a reader keeps.
+
+// 1 to 40 bytes of any value but CR and LF. They never start with a status letter ("q", "Q",
+// "@"): a reader would take the line for a status line and might find a valid number after
+// "#", "~", "*" or "|Q" in it. The second byte is never "|", and "|" is never followed by "F"
+// or "B".
+QByteArray binaryJunk(Random& random) {
+    const int length = 1 + random.below(40);
+    QByteArray line;
+    while (line.size() < length) {
+        const char c = char(random.below(256));
+        const bool unwanted =
+            c == '\r' || c == '\n' || (line.isEmpty() && QByteArray("qQ@").contains(c)) ||
+            (line.size() == 1 && c == '|') || (line.endsWith('|') && (c == 'F' || c == 'B')) ||
+            (c == 'o' && line.endsWith("Arduin")) || (c == 't' && line.endsWith("unbekann"));
+        if (!unwanted) line += c;
+    }
+    return line;
+}
+
+// A status line cut short.
+QByteArray truncatedStatus(Random& random) {
+    static const char* const shapes[] = {"q", "Q", "@", "q #", "Q ~", "@ |", "q *"};
+    return shapes[random.below(int(std::size(shapes)))];
+}
+
+// A number beyond a 32-bit integer and beyond a double: a mantissa of 1 to 3 digits with an
+// exponent of 309 to 999, or 401 to 600 digits; either with a sign at random.
+QByteArray outOfRangeNumber(Random& random) {
+    QByteArray n = random.chance(0.5) ? "-" : "";
+    const bool exponent = random.chance(0.5);
+    n += char('1' + random.below(9));
+    for (int more = exponent ? random.below(3) : 400 + random.below(200); more > 0; --more)
+        n += char('0' + random.below(10));
+    if (exponent) n += 'e' + number(309 + random.below(691));
+    return n;
+}
+
+// A status line of an axis ("q", "Q") or of the lens changer ("@") whose every number is out
+// of range, with its fields in random order. A "|B" line always has "#" and "~" fields: one
+// without "#" reads as position 0.
+QByteArray outOfRangeStatus(Random& random) {
+    const char letter = "qQ@"[random.below(3)];
+    const QList<QByteArray> markers = letter == '@' ? QList<QByteArray>{"#", "~", "|Q", "|?|Q"}
+                                                    : QList<QByteArray>{"#", "~", "*", ":"};
+    const bool moving = random.chance(0.5);
+    QList<QByteArray> fields;
+    for (const QByteArray& marker : markers)
+        if ((moving && (marker == "#" || marker == "~")) || random.chance(0.5)) fields += marker;
+    if (fields.isEmpty()) fields += markers[random.below(int(markers.size()))];
+    for (int i = int(fields.size()) - 1; i > 0; --i)
+        fields.swapItemsAt(i, random.below(i + 1));
+    QByteArray line(1, letter);
+    for (const QByteArray& marker : fields)
+        line += ' ' + marker + outOfRangeNumber(random);
+    if (moving) line += " |B";
+    return line;
+}
+
+// 64 KiB to 256 KiB of printable junk.
+QByteArray hugeJunk(Random& random) {
+    return printableJunk(random, 64 * 1024 + random.below(192 * 1024 + 1));
+}
+
 }  // namespace
 
 int Board::Turn::passedAt(double t) const {
@@ -54,9 +137,11 @@ int Board::Turn::passedAt(double t) const {
 Board::Board(Options options)
     : options_(options),
       random_(options.faults.seed),
+      garbageRandom_(options.faults.seed ^ 0x9E3779B9u),
       replies_(random_, options.faults.splitReplies) {
     powerOn();
     scheduleNoise(0);
+    scheduleGarbage(0);
 }
 
 int Board::axisCount() const {
@@ -105,6 +190,7 @@ void Board::linkOpened(double now) {
     commandsThisLink_ = 0;
     disconnectRequested_ = false;
     scheduleNoise(bootEnd_);
+    scheduleGarbage(bootEnd_);
 }
 
 void Board::linkClosed(double now) {
@@ -113,6 +199,7 @@ void Board::linkClosed(double now) {
     framer_.clear();
     replies_.clear();
     nextNoise_.reset();
+    nextGarbage_.reset();
 }
 
 void Board::setReceivedObserver(std::function<void(const Received&)> observer) {
@@ -418,6 +505,7 @@ std::pair<double, Board::Source> Board::earliestEvent() const {
     if (moves_[1]) consider(moves_[1]->nextEvent(), Source::Axis1);
     if (turn_) consider(nextTickOrEnd(turn_->start, turn_->end, turn_->ticksSent), Source::Changer);
     if (nextNoise_) consider(*nextNoise_, Source::Noise);
+    if (nextGarbage_) consider(*nextGarbage_, Source::Garbage);
     return best;
 }
 
@@ -431,6 +519,9 @@ void Board::processEvent(Source source, double t) {
     if (source == Source::Noise) {
         sendNoise(t);
         scheduleNoise(t);
+    } else if (source == Source::Garbage) {
+        sendGarbage(t);
+        scheduleGarbage(t);
     } else if (source == Source::Changer) {
         Turn& turn = *turn_;
         if (nextTickOrEnd(turn.start, turn.end, turn.ticksSent) >= turn.end) {
@@ -492,8 +583,16 @@ QByteArray Board::queryLine(int a) const {
     return line + " #" + number(axis.position) + " ~" + number(axis.encoder);
 }
 
+// A line of the board's own making (not noise or garbage).
 void Board::send(const QByteArray& line, double now) {
     if (!linkOpen_ || line.isEmpty()) return;
+    enqueue(line, now);
+    const int every = options_.faults.garbageEvery;
+    if (every > 0 && ++linesSent_ % every == 0) sendGarbage(now);
+}
+
+void Board::enqueue(const QByteArray& line, double now) {
+    if (!linkOpen_) return;
     QByteArray bytes;
     if (random_.chance(options_.faults.strayLeadByteProbability)) bytes += '\xC2';
     bytes += line + "\r\n";
@@ -518,18 +617,37 @@ void Board::scheduleNoise(double after) {
 }
 
 void Board::sendNoise(double now) {
-    // Printable garbage that can pass for neither a status line, nor an acknowledgement of a
-    // two-axis or lens-changer board, nor identification or error text: no "q", "Q", "|",
-    // "@", and with neither "A" nor "u", never "Arduino" or "unbekannt".
-    static const QByteArray forbidden = "qQ|@Au";
-    QByteArray line;
-    const int length = 3 + random_.below(22);
-    while (line.size() < length) {
-        const char c = char(0x20 + random_.below(0x7F - 0x20));
-        if (forbidden.contains(c) || (line.isEmpty() && c == ' ')) continue;
-        line += c;
+    enqueue(printableJunk(random_, 3 + random_.below(22)), now);
+}
+
+void Board::scheduleGarbage(double after) {
+    const double rate = options_.faults.garbagePerSecond;
+    if (rate <= 0 || !linkOpen_ || options_.rig == Rig::Silent) {
+        nextGarbage_.reset();
+        return;
     }
-    send(line, now);
+    nextGarbage_ = after - std::log(1 - garbageRandom_.uniform()) / rate;
+}
+
+// One line of hostile garbage, of a kind chosen at random. It takes no stray lead byte, and
+// it joins the queue as a whole line, so it comes between the board's lines, never inside one.
+void Board::sendGarbage(double now) {
+    QByteArray line;
+    switch (garbageRandom_.below(4)) {
+        case 0:
+            line = binaryJunk(garbageRandom_);
+            break;
+        case 1:
+            line = truncatedStatus(garbageRandom_);
+            break;
+        case 2:
+            line = outOfRangeStatus(garbageRandom_);
+            break;
+        default:
+            line = hugeJunk(garbageRandom_);
+            break;
+    }
+    replies_.add(line + "\r\n", now + options_.faults.replyDelay);
 }
 
 }  // namespace quendrix::sim

@@ -90,7 +90,7 @@ private:
     // What a command handler leaves to the caller: an acknowledgement line, the error line
     // of an unknown command, or nothing (it has answered itself).
     enum class Reply { Acknowledge, Unknown, Done };
-    enum class Source { None, Axis0, Axis1, Changer, Noise };
+    enum class Source { None, Axis0, Axis1, Changer, Noise, Garbage };
 
     void powerOn();
     void moveTo(int axis, qint32 steps);  // the axis has got to `steps`
@@ -116,12 +116,16 @@ private:
     QByteArray changerFinishedLine() const;
     QByteArray queryLine(int axis) const;
     void send(const QByteArray& line, double now);
+    void enqueue(const QByteArray& line, double now);
     void acknowledge(const Command& command, double now);
     void sendNoise(double now);
     void scheduleNoise(double after);
+    void sendGarbage(double now);
+    void scheduleGarbage(double after);
 
     Options options_;
     Random random_;
+    Random garbageRandom_;  // garbage draws apart, so that the other faults stay as they are
     CommandFramer framer_;
     ReplyQueue replies_;
     std::function<void(const Received&)> observer_;
@@ -132,8 +136,10 @@ private:
     double bootEnd_ = 0;
     int commandsThisLink_ = 0;
     int acksSent_ = 0;
+    int linesSent_ = 0;  // the board's own lines, for garbageEvery
     bool disconnectRequested_ = false;
     std::optional<double> nextNoise_;
+    std::optional<double> nextGarbage_;
 
     std::array<AxisState, 2> axes_;
     std::array<std::optional<Move>, 2> moves_;

@@ -39,6 +39,8 @@ Plays the rig's interface board until SIGINT or SIGTERM.
   --split               write replies in random pieces
   --stray-byte P        put 0xC2 before a line with probability P
   --noise RATE          garbage lines per second (on average)
+  --garbage RATE        hostile garbage lines per second (on average)
+  --garbage-every N     a hostile garbage line after every N-th line of the board
   --disconnect-after N  close the link after N commands
   --seed N              seed of all random faults
   --log                 print every command received, with its time
@@ -124,6 +126,10 @@ Settings parse(QStringList args) {
             f.strayLeadByteProbability = number(option);
         } else if (option == "--noise") {
             f.noisePerSecond = number(option);
+        } else if (option == "--garbage") {
+            f.garbagePerSecond = number(option);
+        } else if (option == "--garbage-every") {
+            f.garbageEvery = int(number(option));
         } else if (option == "--disconnect-after") {
             f.disconnectAfter = int(number(option));
         } else if (option == "--seed") {

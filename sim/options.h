@@ -23,6 +23,8 @@ struct Faults {
     bool splitReplies = false;            // hand out the due bytes in random-length pieces
     double strayLeadByteProbability = 0;  // chance of a 0xC2 before a line
     double noisePerSecond = 0;            // mean rate of garbage lines
+    double garbagePerSecond = 0;          // mean rate of hostile garbage lines
+    int garbageEvery = 0;                 // hostile garbage after every n-th line (0: never)
     int disconnectAfter = 0;              // close the link after n commands (0: never)
     quint32 seed = 1;
 };

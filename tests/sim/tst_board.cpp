@@ -2,7 +2,14 @@
 // on, motion in simulated time, the lens changer, and every fault.
 #include "sim/board.h"
 
+#include <QRegularExpression>
 #include <QtTest>
+#include <cctype>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <numeric>
 
 using namespace quendrix::sim;
 
@@ -38,6 +45,58 @@ struct Script {
         return linesOf(board.output(now));
     }
 };
+
+enum GarbageKind { Binary, Truncated, OutOfRange, Huge, NotGarbage };
+
+// A number no reader with overflow checks can take: beyond a 32-bit integer and a double.
+bool outOfRange(const QByteArray& text) {
+    static const QRegularExpression shape(QStringLiteral("^-?[0-9]+(e[0-9]+)?$"));
+    if (!shape.match(QLatin1String(text)).hasMatch()) return false;
+    errno = 0;
+    const double value = std::strtod(text.constData(), nullptr);
+    return errno == ERANGE && std::isinf(value);
+}
+
+// Which kind of hostile garbage `line` is; NotGarbage when it is none, or when a reader could
+// take it for a reply or a change of state.
+GarbageKind garbageKind(const QByteArray& line) {
+    const bool acknowledgementShape =
+        line.size() >= 2 && line[1] == '|' &&
+        (std::isupper(uchar(line[0])) || line[0] == 'q' || line[0] == '@');
+    if (acknowledgementShape || line.contains("|F") || line.contains("Arduino") ||
+        line.contains("unbekannt") || line.contains('\r') || line.contains('\n'))
+        return NotGarbage;
+    if (QList<QByteArray>{"q", "Q", "@", "q #", "Q ~", "@ |", "q *"}.contains(line))
+        return Truncated;
+    if (line.size() >= 64 * 1024) {
+        for (const char c : line)
+            if (c < 0x20 || c > 0x7E || std::strchr("qQ|@Au", c)) return NotGarbage;
+        return line.size() <= 256 * 1024 ? Huge : NotGarbage;
+    }
+    if (line.startsWith("q ") || line.startsWith("Q ") || line.startsWith("@ ")) {
+        const QList<QByteArray> markers = line[0] == '@' ? QList<QByteArray>{"#", "~", "|Q", "|?|Q"}
+                                                         : QList<QByteArray>{"#", "~", "*", ":"};
+        QList<QByteArray> fields = line.mid(2).split(' ');
+        const bool moving = fields.back() == "|B";
+        if (moving) fields.removeLast();
+        QSet<QByteArray> seen;
+        for (const QByteArray& field : fields) {
+            qsizetype at = 0;  // the marker ends where the number starts
+            while (at < field.size() && field[at] != '-' && !std::isdigit(uchar(field[at])))
+                ++at;
+            const QByteArray marker = field.left(at);
+            if (!markers.contains(marker) || !outOfRange(field.mid(marker.size())))
+                return NotGarbage;
+            seen.insert(marker);
+        }
+        if (moving && !(seen.contains("#") && seen.contains("~"))) return NotGarbage;
+        return OutOfRange;
+    }
+    // Binary junk never starts like a status line: a reader would look for numbers in it.
+    const bool binary = !line.isEmpty() && line.size() <= 40 && !line.contains("|B") &&
+                        !QByteArray("qQ@").contains(line[0]);
+    return binary ? Binary : NotGarbage;
+}
 
 }  // namespace
 
@@ -301,6 +360,66 @@ private slots:
         }
         Script again(options);
         QCOMPARE(again.runTo(10), noise);  // the seed makes it repeatable
+    }
+
+    void hostileGarbageComesOnlyBetweenTheGoodLines() {
+        Options clean;
+        clean.faults.seed = 5;
+        // Drawn alike with and without garbage: the good lines must stay byte for byte.
+        clean.faults.strayLeadByteProbability = 0.3;
+        clean.faults.dropAckProbability = 0.2;
+        Options timed = clean, every = clean;
+        timed.faults.garbagePerSecond = 100;
+        every.faults.garbageEvery = 1;
+        Script reference(clean), atRandom(timed), afterEach(every);
+        // By 50-ms step: start-up queries, settings, a move, lights, a run stopped, a move
+        // ended by quit, an unknown command.
+        const QMap<int, QByteArray> traffic{{0, "?#\r\n"},      {2, "?0#\r\n?1#\r\n"},
+                                            {4, "g2#w400#e1#"}, {6, "t1000#"},
+                                            {20, "l1#L0!d40#"}, {24, "Z#R#"},
+                                            {40, "S#"},         {50, "T300#"},
+                                            {52, "Q#"},         {60, "k5#"}};
+        QList<int> kinds(NotGarbage, 0);
+        int goodLines = 0;
+        for (int step = 0; step <= 100; ++step) {
+            for (Script* s : {&reference, &atRandom, &afterEach})
+                s->now = step * 0.05;
+            const QByteArray in = traffic.value(step);
+            const QList<QByteArray> good = reference.send(in);
+            goodLines += int(good.size());
+            qsizetype next = 0;
+            for (const QByteArray& line : atRandom.send(in)) {
+                if (next < good.size() && line == good[next]) {
+                    ++next;
+                    continue;
+                }
+                const GarbageKind kind = garbageKind(line);
+                QVERIFY2(kind != NotGarbage, line.left(60).toPercentEncoding().constData());
+                ++kinds[kind];
+            }
+            QCOMPARE(next, good.size());
+            // One garbage line after every line of the board's own.
+            const QList<QByteArray> interleaved = afterEach.send(in);
+            QCOMPARE(interleaved.size(), 2 * good.size());
+            for (qsizetype i = 0; i < good.size(); ++i) {
+                QCOMPARE(interleaved[2 * i], good[i]);
+                QVERIFY(garbageKind(interleaved[2 * i + 1]) != NotGarbage);
+            }
+        }
+        QVERIFY2(goodLines > 30, QByteArray::number(goodLines));
+        // About 500 lines in 5 s, each kind about a quarter of them.
+        const int total = std::accumulate(kinds.begin(), kinds.end(), 0);
+        QVERIFY2(total > 400 && total < 600, QByteArray::number(total));
+        for (const int count : kinds)
+            QVERIFY2(count > total / 8, QByteArray::number(count));
+
+        // None while the link is closed, none from the silent rig.
+        atRandom.board.linkClosed(5);
+        QVERIFY(!atRandom.board.nextDue());
+        QVERIFY(atRandom.runTo(10).isEmpty());
+        timed.rig = Rig::Silent;
+        Script silent(timed);
+        QVERIFY(silent.runTo(10).isEmpty());
     }
 
     void disconnectIsRequestedAfterNCommands() {

@@ -38,6 +38,16 @@ public:
     // Ends every wait on the board at once (the control is going away).
     void terminate() { bQuittiert = true; }
 
+    // How many finished-move reports ("|F") the axis has sent so far.
+    quint64 finishedMoves(int axis) const { return finishedMoves_[axis]; }
+    // Whether the move started after finishedMoves(axis) was `before` has ended: the axis's
+    // status text shows "|F", or a finished-move report came since. The count matters on a
+    // noisy cable, where a stray status line can replace the "|F" in the status text before
+    // the wait looks at it.
+    bool moveEnded(int axis, quint64 before) const {
+        return sKennText[axis].contains(u"|F") || finishedMoves_[axis] != before;
+    }
+
     // Link state the control's subsystems share.
     bool bQuittiert = false;                  // the board answered the last command
     QString sErwartet;                        // what the reply to the last command must contain
@@ -80,6 +90,7 @@ private:
     ctlQuendrix& control_;
     Panel& panel_;
     Waiter& waiter_;
+    std::array<quint64, 2> finishedMoves_ = {0, 0};
 };
 
 }  // namespace quendrix

@@ -104,6 +104,7 @@ void Link::evaluateAxisLine(const QString& line, int axis) {
             }
         }
         showPosition(axis);
+        ++finishedMoves_[axis];
         emit moveFinished(axis);
     }
 }
@@ -121,6 +122,7 @@ void Link::evaluateChangerLine(const QString& line) {
     }
     if (line.contains(u"|F")) {
         showChangerPosition(numberAfter(line, QStringLiteral("|F")));
+        ++finishedMoves_[0];
         emit moveFinished(0);
     }
 }

@@ -107,6 +107,7 @@ void Motion::Position_anfahren(qint32 target, int axis, int speedMode) {
     const qint64 distance = qint64(target) - link_.AchsPosition[axis];
     if (distance == 0) return;
 
+    const quint64 finishedBefore = link_.finishedMoves(axis);
     const bool canBusDrive = control_.MotorArt0() == 1;
     if (canBusDrive) {
         // The drive takes absolute targets, at the slowest speed.
@@ -119,7 +120,7 @@ void Motion::Position_anfahren(qint32 target, int axis, int speedMode) {
     }
     // The board reports the start of a move before it acknowledges it, so the status line
     // seen now belongs to this move: its "|F" is this move's end. Only Escape ends it sooner.
-    waiter_.waitFor([this, axis] { return link_.sKennText[axis].contains(u"|F"); },
+    waiter_.waitFor([this, axis, finishedBefore] { return link_.moveEnded(axis, finishedBefore); },
                     Waiter::kNoLimit, Waiter::Escape::Ends);
 }
 

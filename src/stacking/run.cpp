@@ -112,14 +112,15 @@ void Stacking::Fortsetzung() {
         const int mode = motor == 1 ? 2 : (steps > 1000 ? 1 : (steps > 100 ? 0 : 2));
         if ((motor == 0 || motor == 1) && value(speed) != mode) setValue(speed, mode);
         const QString count = doubleToText(steps, QLocale::c());
+        const quint64 finishedBefore = link_.finishedMoves(0);
         if (motor == 0)
             control_.Output(QStringLiteral("t") + count + QLatin1Char('#'));
         else if (motor == 1)
             control_.Output(QStringLiteral("t-") + count + QLatin1Char('#'));
         // The board reports a move's start before it acknowledges it: the "|F" seen now is
         // this plane's end. A move that takes longer than 6 s is not waited for.
-        waiter_.waitFor([this] { return link_.sKennText[0].contains(u"|F"); }, kPlaneMoveSeconds,
-                        Waiter::Escape::Ends);
+        waiter_.waitFor([this, finishedBefore] { return link_.moveEnded(0, finishedBefore); },
+                        kPlaneMoveSeconds, Waiter::Escape::Ends);
         p.Timer3->start();
         return;
     }

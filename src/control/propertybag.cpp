@@ -1,5 +1,6 @@
 #include <quendrix/PropertyBag.h>
 
+#include "control/variantjson.h"
 #include "settings/variantcompare.h"
 
 #include <QFile>
@@ -7,12 +8,45 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSaveFile>
+#include <QSet>
 
 namespace quendrix {
 
 namespace {
 
+using Entries = QList<QPair<QString, QVariant>>;
+
 const QString kFormat = QStringLiteral("quendrix-propertybag");
+// Version 2 writes each type in its own form (variantjson); version 1 wrote
+// QJsonValue::fromVariant and is still read.
+constexpr int kVersion = 2;
+
+QString entryError(const QString& name, const QString& why) {
+    return QStringLiteral("entry \"%1\": %2").arg(name, why);
+}
+
+// The document for the entries. An entry the bag cannot store is left out, or, when `failure`
+// is given, ends the writing with the reason.
+bool writeDocument(const Entries& entries, QByteArray* json, QString* failure) {
+    QJsonArray items;
+    for (const auto& [name, value] : entries) {
+        QJsonValue encoded;
+        QString why;
+        if (!variantjson::encode(value, &encoded, &why)) {
+            if (!failure) continue;
+            *failure = entryError(name, why);
+            return false;
+        }
+        items.append(QJsonObject{{QStringLiteral("name"), name},
+                                 {QStringLiteral("type"), variantjson::typeName(value)},
+                                 {QStringLiteral("value"), encoded}});
+    }
+    const QJsonObject root{{QStringLiteral("format"), kFormat},
+                           {QStringLiteral("version"), kVersion},
+                           {QStringLiteral("entries"), items}};
+    *json = QJsonDocument(root).toJson(QJsonDocument::Indented);
+    return true;
+}
 
 // Whether a value equals the default given on write, so that it need not be stored: texts
 // compare as texts, numbers as numbers, and a number equals a text that spells the same
@@ -64,16 +98,9 @@ QStringList PropertyBag::names() const {
 }
 
 QByteArray PropertyBag::toJson() const {
-    QJsonArray entries;
-    for (const auto& [name, value] : entries_) {
-        entries.append(QJsonObject{{QStringLiteral("name"), name},
-                                   {QStringLiteral("type"), QString::fromLatin1(value.typeName())},
-                                   {QStringLiteral("value"), QJsonValue::fromVariant(value)}});
-    }
-    const QJsonObject root{{QStringLiteral("format"), kFormat},
-                           {QStringLiteral("version"), 1},
-                           {QStringLiteral("entries"), entries}};
-    return QJsonDocument(root).toJson(QJsonDocument::Indented);
+    QByteArray json;
+    writeDocument(entries_, &json, nullptr);
+    return json;
 }
 
 bool PropertyBag::fromJson(const QByteArray& json, QString* error) {
@@ -87,17 +114,39 @@ bool PropertyBag::fromJson(const QByteArray& json, QString* error) {
     const QJsonObject root = document.object();
     if (root.value(QStringLiteral("format")).toString() != kFormat)
         return fail(QStringLiteral("not a property bag"));
+    const QJsonValue versionValue = root.value(QStringLiteral("version"));
+    const int version = versionValue.isUndefined() ? 1 : versionValue.toInt(0);
+    if (version != 1 && version != kVersion)
+        return fail(QStringLiteral("property bag version %1 is not supported")
+                        .arg(versionValue.toVariant().toString().left(20)));
+    if (!root.value(QStringLiteral("entries")).isArray())
+        return fail(QStringLiteral("the property bag has no list of entries"));
 
-    QList<QPair<QString, QVariant>> entries;
-    for (const QJsonValue& item : root.value(QStringLiteral("entries")).toArray()) {
-        const QJsonObject entry = item.toObject();
+    const QJsonArray items = root.value(QStringLiteral("entries")).toArray();
+    Entries entries;
+    QSet<QString> seen;
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        const QJsonObject entry = items.at(i).toObject();
         const QString name = entry.value(QStringLiteral("name")).toString();
-        if (name.isEmpty()) return fail(QStringLiteral("an entry without a name"));
-        QVariant value = entry.value(QStringLiteral("value")).toVariant();
-        const QMetaType type =
-            QMetaType::fromName(entry.value(QStringLiteral("type")).toString().toLatin1());
-        if (type.isValid() && !value.convert(type))
-            return fail(QStringLiteral("entry %1 does not hold a %2").arg(name, type.name()));
+        if (name.isEmpty()) return fail(QStringLiteral("entry %1 has no name").arg(i + 1));
+        if (seen.contains(name)) return fail(entryError(name, QStringLiteral("appears twice")));
+        const QJsonValue type = entry.value(QStringLiteral("type"));
+        if (!type.isString() && !(version == 1 && type.isUndefined()))
+            return fail(entryError(name, QStringLiteral("has no type")));
+        if (version != 1 && !entry.contains(QStringLiteral("value")))
+            return fail(entryError(name, QStringLiteral("has no value")));
+        QVariant value;
+        QString why;
+        const QJsonValue written = entry.value(QStringLiteral("value"));
+        const bool read = version == 1
+                              ? variantjson::decodeVersion1(type.toString(), written, &value, &why)
+                              : variantjson::decode(type.toString(), written, &value, &why);
+        // What loads must save again: a value the bag could not write back (a list nested
+        // too deep, ...) is refused here rather than lost on saving.
+        QJsonValue rewritten;
+        if (!read || !variantjson::encode(value, &rewritten, &why))
+            return fail(entryError(name, why));
+        seen.insert(name);
         entries.append({name, value});
     }
     entries_ = entries;
@@ -105,8 +154,14 @@ bool PropertyBag::fromJson(const QByteArray& json, QString* error) {
 }
 
 bool PropertyBag::save(const QString& path, QString* error) const {
+    QByteArray json;
+    QString failure;
+    if (!writeDocument(entries_, &json, &failure)) {
+        if (error) *error = failure;
+        return false;
+    }
     QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(toJson()) >= 0 && file.commit()) return true;
+    if (file.open(QIODevice::WriteOnly) && file.write(json) >= 0 && file.commit()) return true;
     if (error) *error = file.errorString();
     return false;
 }

@@ -87,7 +87,8 @@ void CalibrationPlot::paintEvent(QPaintEvent*) {
         }
     }
     const auto [y0, y1] = axisRange(aLow, aHigh);
-    auto toScreen = [&](double m, double a) {
+    // Named copies: structured bindings cannot be captured by every compiler this builds with.
+    auto toScreen = [&, x0 = x0, x1 = x1, y0 = y0, y1 = y1](double m, double a) {
         return QPointF(area.left() + (m - x0) / (x1 - x0) * area.width(),
                        area.bottom() - (a - y0) / (y1 - y0) * area.height());
     };

@@ -72,8 +72,8 @@ void Optics::Balgen_einstellen() {
     const double atStart = bellowsFieldWidth(motion_.Schritte_in_mm(1, 0).mm);
     const double atEnd = bellowsFieldWidth(motion_.Schritte_in_mm(1, motion_.maxPosition[1]).mm);
     const auto [narrow, wide] = std::minmax(atStart, atEnd);
-    panel_.Slider1->setRange(int(std::trunc(narrow * kMicrometresPerMm)),
-                             int(std::trunc(wide * kMicrometresPerMm)));
+    panel_.Slider1->setRange(clampedInt(narrow * kMicrometresPerMm),
+                             clampedInt(wide * kMicrometresPerMm));
     panel_.Sf_min->setText(formatNumber(narrow, QStringLiteral("##,##0.000"), control_.locale()));
     panel_.Sf_max->setText(formatNumber(wide, QStringLiteral("##,##0.000"), control_.locale()));
 }

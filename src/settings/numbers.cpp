@@ -1,5 +1,6 @@
 #include "settings/numbers.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string>
@@ -212,6 +213,12 @@ float toSingle(double value) {
     constexpr double limit = 0x1.ffffffp127;
     if (std::isinf(value) || std::fabs(value) >= limit) throw RuntimeError(RuntimeError::Overflow);
     return static_cast<float>(value);
+}
+
+int clampedInt(double value) {
+    if (std::isnan(value)) return 0;
+    return int(std::clamp(std::trunc(value), double(std::numeric_limits<int>::min()),
+                          double(std::numeric_limits<int>::max())));
 }
 
 double divide(double a, double b) {

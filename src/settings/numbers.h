@@ -37,6 +37,9 @@ qint16 toInteger(double value);
 qint32 toLong(double value);
 // Double to Single; beyond the Single range is an overflow.
 float toSingle(double value);
+// A value the panel only shows or counts with (a slider's range, a number of planes) as an
+// int: the whole part, held within the int range; NaN is 0. Never an error.
+int clampedInt(double value);
 
 // a / b; b == 0 is a division error (RuntimeError 11), a finite a over a tiny b that leaves
 // the Double range an overflow (6).

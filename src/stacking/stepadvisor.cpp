@@ -1,5 +1,7 @@
 #include "stacking/stepadvisor.h"
 
+#include "settings/numbers.h"
+
 #include <cmath>
 
 namespace quendrix {
@@ -13,7 +15,7 @@ std::optional<SpacingSuggestion> suggestSpacing(double sensorWidthMm, double fie
     const double m = sensorWidthMm / fieldOfViewMm;
     const double depth = 2 * circleOfConfusionMm * fNumber * (m + 1) / (m * m);
     const double spacing = depth * (1 - overlap);
-    const int intervals = std::max(1, int(std::ceil(rangeMm / spacing - 1e-9)));
+    const int intervals = std::max(1, clampedInt(std::ceil(rangeMm / spacing - 1e-9)));
     return SpacingSuggestion{depth, spacing, intervals};
 }
 

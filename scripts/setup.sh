@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build and the tests need, when any is missing.
+# Installs the Debian packages the build and the tests need, when any is missing, and any
+# further packages named on the command line (the sanitizer build names its compiler).
 # Safe to run again: it does nothing when everything is there.
 set -euo pipefail
 
@@ -7,6 +8,7 @@ packages=(
     cmake ninja-build g++ pkg-config
     qt6-base-dev qt6-serialport-dev qt6-qpa-plugins libgl-dev
     fonts-dejavu-core
+    "$@"
 )
 
 missing=()

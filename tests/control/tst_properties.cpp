@@ -272,6 +272,10 @@ private slots:
         QCOMPARE(second->Controltyp(), qint16(0));
         QCOMPARE(second->Mikroschritt0(), qint16(0));
         QCOMPARE(second->panel()->lblSehfeld->text(), QStringLiteral("weit"));
+        // A number the check box cannot hold is an invalid property value to the host.
+        damaged.WriteProperty(QStringLiteral("Mikroschritt0"), 2147483647);
+        QCOMPARE(errorOf([&] { second->ReadProperties(damaged); }),
+                 int(RuntimeError::InvalidPropertyValue));
     }
 
     void bagFileThatIsNotABagLeavesTheBagAsItWas() {

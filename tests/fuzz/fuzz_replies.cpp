@@ -14,6 +14,8 @@
 #include <QLabel>
 #include <QLineEdit>
 
+#include <cstdlib>
+
 namespace {
 
 struct Rig {
@@ -40,9 +42,14 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     static char name[] = "fuzz_replies";
     static char* arguments[] = {name, nullptr};
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    static QApplication application(count, arguments);
-    static Rig theRig;
-    rig = &theRig;
+    static auto* application = new QApplication(count, arguments);
+    rig = new Rig;
+    // Taken down before the process ends, as a program's main would, so that the leak check
+    // at exit sees only what the evaluation itself left behind.
+    std::atexit([] {
+        delete rig;
+        delete application;
+    });
     return 0;
 }
 

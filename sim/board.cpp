@@ -607,13 +607,15 @@ void Board::acknowledge(const Command& command, double now) {
     send(upper(command.letter) + QByteArray("|") + command.text.mid(1), now);
 }
 
+// When a fault that comes `rate` times a second on average comes next after `after`; never
+// while the link is closed, nor from the silent rig.
+std::optional<double> Board::nextOccurrence(double after, double rate, Random& random) const {
+    if (rate <= 0 || !linkOpen_ || options_.rig == Rig::Silent) return std::nullopt;
+    return after - std::log(1 - random.uniform()) / rate;
+}
+
 void Board::scheduleNoise(double after) {
-    const double rate = options_.faults.noisePerSecond;
-    if (rate <= 0 || !linkOpen_ || options_.rig == Rig::Silent) {
-        nextNoise_.reset();
-        return;
-    }
-    nextNoise_ = after - std::log(1 - random_.uniform()) / rate;
+    nextNoise_ = nextOccurrence(after, options_.faults.noisePerSecond, random_);
 }
 
 void Board::sendNoise(double now) {
@@ -621,12 +623,7 @@ void Board::sendNoise(double now) {
 }
 
 void Board::scheduleGarbage(double after) {
-    const double rate = options_.faults.garbagePerSecond;
-    if (rate <= 0 || !linkOpen_ || options_.rig == Rig::Silent) {
-        nextGarbage_.reset();
-        return;
-    }
-    nextGarbage_ = after - std::log(1 - garbageRandom_.uniform()) / rate;
+    nextGarbage_ = nextOccurrence(after, options_.faults.garbagePerSecond, garbageRandom_);
 }
 
 // One line of hostile garbage, of a kind chosen at random. It takes no stray lead byte, and

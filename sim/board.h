@@ -118,6 +118,7 @@ private:
     void send(const QByteArray& line, double now);
     void enqueue(const QByteArray& line, double now);
     void acknowledge(const Command& command, double now);
+    std::optional<double> nextOccurrence(double after, double rate, Random& random) const;
     void sendNoise(double now);
     void scheduleNoise(double after);
     void sendGarbage(double now);

@@ -28,14 +28,17 @@ public:
     //    "entries": [{"name": ..., "type": <Qt type name>, "value": ...}, ...]}
     // in which every value reads back with its type and compares equal. Values keep a readable
     // form: numbers as numbers (whole numbers beyond 2^53 as decimal texts; "nan", "inf",
-    // "-inf", "-0"), texts as strings, byte arrays in base64, rectangles as [x, y, w, h], enums
-    // by their keys, colours as "#rrggbb", fonts, palettes and size policies as objects of named
-    // attributes. The bag stores the widget property types (QRect, QSizePolicy, QPalette, QFont,
-    // QCursor, QIcon, QLocale, enums and flags, ...), the integer and floating types, QChar,
-    // QString, QByteArray, QStringList, QDate, QTime, QDateTime, QUrl, QUuid, QColor, QBrush,
-    // QKeySequence, the F geometry types, QMargins, QRegion, and lists and maps of these. It
-    // cannot store other types, nor gradient or texture brushes, bitmap cursors or icons that
-    // are not made of pictures or a theme name.
+    // "-inf", "-0"), texts as strings, byte arrays in base64, geometry as small arrays of numbers
+    // (a rectangle as [x, y, w, h]), enums and flags by their keys, dates, times, URLs, UUIDs,
+    // colours and key sequences as their text. Palettes, fonts, icons, cursors, size policies,
+    // locales and brushes are kept as the base64 of their QDataStream form.
+    //
+    // The bag stores the types of the widget properties and these: the integer and floating
+    // types, QChar, QString, QByteArray, QStringList, the F geometry types, QLine, QMargins,
+    // QDate, QTime, QDateTime, QUrl, QUuid, QColor, QKeySequence and QBrush. It cannot store
+    // other types (QRegion, lists and maps of values, ...), nor a value its form would not give
+    // back exactly: a date beyond the year 9999, a time in a named zone, a colour that is not
+    // 8-bit RGB, a locale with number options of its own, a rectangle wider than an int.
     //
     // toJson() leaves out any entry it cannot store, so that what it gives always loads;
     // save() refuses such a bag instead, with an error naming the entry, and writes nothing.
@@ -43,10 +46,11 @@ public:
     // Replaces the contents; on malformed input returns false, with an error naming the entry
     // at fault, and leaves the bag unchanged. Reads documents of version 1 too, whose values
     // were QJsonValue::fromVariant's. The input may come from anywhere: any bytes give true or
-    // false. Colours, fonts, palettes, cursors, icons and key sequences are only read in a
-    // program with a QGuiApplication; without one their entries are refused.
+    // false. Values kept as QDataStream forms are only read in a program with a
+    // QGuiApplication; without one their entries are refused.
     bool fromJson(const QByteArray& json, QString* error = nullptr);
-    // Writes atomically (temporary file, then rename).
+    // Replaces the file in one step (replaceFile): a reader or a crash finds the old bag or the
+    // new one, never a mix.
     bool save(const QString& path, QString* error = nullptr) const;
     bool load(const QString& path, QString* error = nullptr);
 

@@ -1,13 +1,13 @@
 #include <quendrix/PropertyBag.h>
 
 #include "control/variantjson.h"
+#include "settings/filereplace.h"
 #include "settings/variantcompare.h"
 
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 #include <QSet>
 
 namespace quendrix {
@@ -141,8 +141,8 @@ bool PropertyBag::fromJson(const QByteArray& json, QString* error) {
         const bool read = version == 1
                               ? variantjson::decodeVersion1(type.toString(), written, &value, &why)
                               : variantjson::decode(type.toString(), written, &value, &why);
-        // What loads must save again: a value the bag could not write back (a list nested
-        // too deep, ...) is refused here rather than lost on saving.
+        // What loads must save again: a value the bag could not write back (a version 1 list,
+        // ...) is refused here rather than lost on saving.
         QJsonValue rewritten;
         if (!read || !variantjson::encode(value, &rewritten, &why))
             return fail(entryError(name, why));
@@ -160,10 +160,7 @@ bool PropertyBag::save(const QString& path, QString* error) const {
         if (error) *error = failure;
         return false;
     }
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(json) >= 0 && file.commit()) return true;
-    if (error) *error = file.errorString();
-    return false;
+    return replaceFile(path, json, error);
 }
 
 bool PropertyBag::load(const QString& path, QString* error) {

@@ -9,8 +9,8 @@
 #include <quendrix/RuntimeError.h>
 #include <quendrix/ctlQuendrix.h>
 
-#include "settings/guard.h"
 #include "link/link.h"
+#include "settings/guard.h"
 #include "settings/numbers.h"
 
 #include <QApplication>

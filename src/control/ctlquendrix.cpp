@@ -55,10 +55,7 @@ QString entryText(const QVariant& entry, const QLocale& locale) {
 // around its captions, and one of a million characters would make it millions of pixels wide.
 QString asCaption(const QString& text) {
     constexpr qsizetype kLongestCaption = 1024;
-    if (text.size() <= kLongestCaption) return text;
-    QString cut = text.left(kLongestCaption);
-    if (cut.back().isHighSurrogate()) cut.chop(1);
-    return cut;
+    return leftWhole(text, kLongestCaption);
 }
 
 // A stored entry as a whole number; an entry that holds no number counts as `fallback`, so a

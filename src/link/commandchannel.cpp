@@ -2,6 +2,7 @@
 #include "link/link.h"
 #include "link/replyline.h"
 #include "settings/cp1252.h"
+#include "settings/guard.h"
 #include "settings/wait.h"
 
 #include <quendrix/Panel.h>
@@ -90,7 +91,7 @@ void Link::socketReceived() {
 // Whatever the board sends is evaluated here, inside the transport's event: nothing that goes
 // wrong on the way may leave it, or the host's event loop would end the program.
 void Link::received(const QByteArray& bytes, bool viaSocket) {
-    try {
+    runQuietly([&] {
         const QString data = fromCp1252(bytes);
         if (viaSocket && data == kLineEnd) return;
         sEmpfang += data;
@@ -98,9 +99,7 @@ void Link::received(const QByteArray& bytes, bool viaSocket) {
             takeSocketLines();
         else
             takeSerialLines();
-    } catch (const std::exception& error) {
-        qWarning("Quendrix: received text was not evaluated: %s", error.what());
-    }
+    });
 }
 
 // Over the serial port every line without "q" or "Q" acknowledges; the identification and

@@ -13,6 +13,7 @@
 #include "motion/speed.h"
 #include "optics/calibration.h"
 #include "optics/optics.h"
+#include "settings/guard.h"
 #include "settings/numbers.h"
 #include "settings/settingnumbers.h"
 #include "settings/textformat.h"
@@ -48,10 +49,7 @@ QString commandNumber(double value) {
 // number) leave that display as it was; the board is configured all the same.
 template <typename Update>
 void refresh(Update&& update) {
-    try {
-        update();
-    } catch (const RuntimeError&) {
-    }
+    runQuietly(std::forward<Update>(update));
 }
 
 // The steps of the sequences, each reading its keys and sending its commands.
@@ -324,12 +322,8 @@ private:
 
     // The exponent the first division button keeps (the board may have told it, see ?0#).
     int exponentInForce(int axis) const {
-        try {
-            const qint32 exponent = toLong(Val(tag(axis == 0 ? p_.micro0[0] : p_.micro1[0])));
-            return exponent >= 0 && exponent < kDivisions ? exponent : 0;
-        } catch (const RuntimeError&) {
-            return 0;
-        }
+        return wholeValIn(tag(axis == 0 ? p_.micro0[0] : p_.micro1[0]), 0, kDivisions - 1)
+            .value_or(0);
     }
 
     // A width in mm as the control's locale writes it ("22,5"), else its leading number.

@@ -20,7 +20,6 @@ namespace quendrix {
 
 namespace {
 const QByteArray kIdentify = "?#\r\n";
-const QString kDefaultBaud = QStringLiteral("115200");
 constexpr int kSerialAttempts = 5;
 constexpr double kSerialAttemptSeconds = 2;
 constexpr double kConnectSeconds = 61;
@@ -77,16 +76,17 @@ bool Startup::identifiedBoard(const QString& line) const {
 void Startup::Comm_Starten() {
     Panel& p = panel_;
     const QString section = control_.MotorName();
-    SettingNumbers& numbers = control_.settingNumbers();
+    const qint32 baud = control_.settingNumbers().wholeNumber(section, QStringLiteral("baud"),
+                                                              QStringLiteral("115200"), 1);
     p.ComPort->setText(control_.ini(section, QStringLiteral("port"), QStringLiteral("6")));
-    p.ComBaud->setText(numbers.numberText(section, QStringLiteral("baud"), kDefaultBaud));
+    p.ComBaud->setText(QString::number(baud));
     setValue(p.Check2, 1);
     control_.wifi = false;
 
     QSerialPort* port = p.MSComm1;
     if (port->isOpen()) port->close();
     port->setPortName(serialDeviceFor(p.ComPort->text()));
-    port->setBaudRate(numbers.wholeNumber(section, QStringLiteral("baud"), kDefaultBaud, 1));
+    port->setBaudRate(baud);
     port->setParity(QSerialPort::NoParity);
     port->setDataBits(QSerialPort::Data8);
     port->setStopBits(QSerialPort::OneStop);

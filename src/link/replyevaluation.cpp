@@ -2,6 +2,7 @@
 #include "link/link.h"
 #include "link/replyline.h"
 #include "motion/units.h"
+#include "settings/guard.h"
 #include "settings/numbers.h"
 #include "settings/textformat.h"
 #include "settings/wait.h"
@@ -64,15 +65,12 @@ void Link::Auswerten(const QString& ComInNeu, bool wifi) {
 // can be computed from) has still been stored and logged; the failure ends only this line's
 // evaluation, so a noisy line never stops the lines after it.
 void Link::evaluateStatusLine(const QString& line, QChar first) {
-    try {
+    runQuietly([&] {
         if (first == u'@')
             evaluateChangerLine(line);
         else
             evaluateAxisLine(line, first == u'q' ? 0 : 1);
-    } catch (const std::exception& error) {
-        qWarning("Quendrix: the board's line \"%s\" was not evaluated: %s",
-                 qPrintable(line.left(80)), error.what());
-    }
+    });
 }
 
 // "q"/"Q" lines: the status of axis 0/1. A number in a field that is beyond any range leaves

@@ -13,12 +13,7 @@ QString acknowledgeMarker(const QString& command, int backlashAxis0, int backlas
 
 std::optional<double> numberAfter(const QString& line, const QString& marker) {
     const qsizetype at = line.indexOf(marker);
-    if (at < 0) return 0;
-    try {
-        return Val(line.mid(at + marker.size()));
-    } catch (const RuntimeError&) {
-        return std::nullopt;
-    }
+    return at < 0 ? 0 : ValInRange(line.mid(at + marker.size()));
 }
 
 std::optional<int> microStepExponent(double divisor) {

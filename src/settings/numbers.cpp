@@ -117,6 +117,29 @@ double Val(const QString& text) {
     return partsToDouble(parts);
 }
 
+std::optional<double> ValInRange(const QString& text) {
+    try {
+        return Val(text);
+    } catch (const RuntimeError&) {
+        return std::nullopt;
+    }
+}
+
+std::optional<qint32> wholeValIn(const QString& text, qint32 lowest, qint32 highest) {
+    const std::optional<double> value = ValInRange(text);
+    if (!value) return std::nullopt;
+    const double rounded = roundHalfEven(*value);
+    if (!(rounded >= lowest && rounded <= highest)) return std::nullopt;
+    return qint32(rounded);
+}
+
+QString leftWhole(const QString& text, qsizetype length) {
+    if (text.size() <= length) return text;
+    QString cut = text.left(length);
+    if (!cut.isEmpty() && cut.back().isHighSurrogate()) cut.chop(1);
+    return cut;
+}
+
 QString LTrim(const QString& text) {
     qsizetype start = 0;
     while (start < text.size() && text[start] == u' ')

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QtGlobal>
 #include <limits>
+#include <optional>
 
 // The number and text semantics used everywhere in the component.
 namespace quendrix {
@@ -15,11 +16,18 @@ namespace quendrix {
 // exponent with E or D) is read and the rest ignored; no leading number gives 0.
 // Independent of the locale: Val("22,5") is 22. Beyond the Double range is an overflow.
 double Val(const QString& text);
+// Val, or nothing for a number beyond the Double range (where Val raises an overflow).
+std::optional<double> ValInRange(const QString& text);
+// Val rounded half to even, or nothing when that is beyond [lowest, highest].
+std::optional<qint32> wholeValIn(const QString& text, qint32 lowest, qint32 highest);
 
 // Blanks (only the character 32) removed at both ends, at the start, at the end.
 QString Trim(const QString& text);
 QString LTrim(const QString& text);
 QString RTrim(const QString& text);
+// At most `length` characters of `text`, without splitting a character made of two UTF-16
+// code units.
+QString leftWhole(const QString& text, qsizetype length);
 
 // Text to number as the system's conversions do it, under `locale`: blanks around, an optional
 // sign, digits in which the locale's group separator may stand (and is ignored) up to the

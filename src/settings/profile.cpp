@@ -2,6 +2,7 @@
 
 #include "settings/cp1252.h"
 #include "settings/filereplace.h"
+#include "settings/numbers.h"
 
 #include <QByteArrayView>
 #include <QDir>
@@ -190,12 +191,8 @@ Location locate(const std::vector<Line>& lines, QByteArrayView section, QByteArr
     return {};
 }
 
-QString cut(QString text) {
-    if (text.size() >= kBufferSize) {
-        text.truncate(kBufferSize - 1);
-        if (text.back().isHighSurrogate()) text.chop(1);
-    }
-    return text;
+QString cut(const QString& text) {
+    return leftWhole(text, kBufferSize - 1);
 }
 
 QByteArrayView unquote(QByteArrayView value) {

@@ -30,6 +30,15 @@ private slots:
         QCOMPARE(Val("22,5"), 22.0);
         QCOMPARE(Val("1.2.3"), 1.2);
         QCOMPARE(errorOf([] { Val("1e400"); }), 6);
+        // The same without an error: nothing beyond the range.
+        QCOMPARE(ValInRange("1e400"), std::nullopt);
+        QCOMPARE(ValInRange("12e3x"), 12000.0);
+        QCOMPARE(wholeValIn("2.5", 0, 4), 2);
+        QCOMPARE(wholeValIn("4.6", 0, 4), std::nullopt);
+        QCOMPARE(wholeValIn("-1e300", -5, 5), std::nullopt);
+        // Cutting a text never leaves half of a character made of two code units.
+        QCOMPARE(leftWhole(QStringLiteral("ab\U0001F600c"), 3), QStringLiteral("ab"));
+        QCOMPARE(leftWhole(QStringLiteral("ab\U0001F600c"), 4), QStringLiteral("ab\U0001F600"));
         QLocale::setDefault(QLocale::c());
         QCOMPARE(Trim("  \t a \t  "), QString("\t a \t"));
     }

@@ -8,8 +8,6 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
-#include <numeric>
 
 using namespace quendrix::sim;
 
@@ -46,56 +44,34 @@ struct Script {
     }
 };
 
-enum GarbageKind { Binary, Truncated, OutOfRange, Huge, NotGarbage };
-
 // A number no reader with overflow checks can take: beyond a 32-bit integer and a double.
 bool outOfRange(const QByteArray& text) {
-    static const QRegularExpression shape(QStringLiteral("^-?[0-9]+(e[0-9]+)?$"));
-    if (!shape.match(QLatin1String(text)).hasMatch()) return false;
     errno = 0;
     const double value = std::strtod(text.constData(), nullptr);
     return errno == ERANGE && std::isinf(value);
 }
 
-// Which kind of hostile garbage `line` is; NotGarbage when it is none, or when a reader could
-// take it for a reply or a change of state.
-GarbageKind garbageKind(const QByteArray& line) {
+// Whether a garbage line is harmless to a correct reader: it cannot pass for an
+// acknowledgement, a finished move or an identification, and a status-shaped line carries only
+// numbers beyond any range, a moving one its position and encoder fields among them.
+bool harmless(const QByteArray& line) {
     const bool acknowledgementShape =
         line.size() >= 2 && line[1] == '|' &&
         (std::isupper(uchar(line[0])) || line[0] == 'q' || line[0] == '@');
     if (acknowledgementShape || line.contains("|F") || line.contains("Arduino") ||
         line.contains("unbekannt") || line.contains('\r') || line.contains('\n'))
-        return NotGarbage;
-    if (QList<QByteArray>{"q", "Q", "@", "q #", "Q ~", "@ |", "q *"}.contains(line))
-        return Truncated;
-    if (line.size() >= 64 * 1024) {
-        for (const char c : line)
-            if (c < 0x20 || c > 0x7E || std::strchr("qQ|@Au", c)) return NotGarbage;
-        return line.size() <= 256 * 1024 ? Huge : NotGarbage;
+        return false;
+    if (line.contains("|B") && !(line.contains('#') && line.contains('~'))) return false;
+    if (!line.startsWith("q ") && !line.startsWith("Q ") && !line.startsWith("@ ")) {
+        // Junk never starts like a status line, where a reader looks for numbers; only the
+        // status lines cut short to their letter do.
+        const bool statusLetter = !line.isEmpty() && QByteArray("qQ@").contains(line[0]);
+        return !statusLetter || line.size() == 1;
     }
-    if (line.startsWith("q ") || line.startsWith("Q ") || line.startsWith("@ ")) {
-        const QList<QByteArray> markers = line[0] == '@' ? QList<QByteArray>{"#", "~", "|Q", "|?|Q"}
-                                                         : QList<QByteArray>{"#", "~", "*", ":"};
-        QList<QByteArray> fields = line.mid(2).split(' ');
-        const bool moving = fields.back() == "|B";
-        if (moving) fields.removeLast();
-        QSet<QByteArray> seen;
-        for (const QByteArray& field : fields) {
-            qsizetype at = 0;  // the marker ends where the number starts
-            while (at < field.size() && field[at] != '-' && !std::isdigit(uchar(field[at])))
-                ++at;
-            const QByteArray marker = field.left(at);
-            if (!markers.contains(marker) || !outOfRange(field.mid(marker.size())))
-                return NotGarbage;
-            seen.insert(marker);
-        }
-        if (moving && !(seen.contains("#") && seen.contains("~"))) return NotGarbage;
-        return OutOfRange;
-    }
-    // Binary junk never starts like a status line: a reader would look for numbers in it.
-    const bool binary = !line.isEmpty() && line.size() <= 40 && !line.contains("|B") &&
-                        !QByteArray("qQ@").contains(line[0]);
-    return binary ? Binary : NotGarbage;
+    static const QRegularExpression number(QStringLiteral("-?[0-9][0-9e]*"));
+    for (const QRegularExpressionMatch& found : number.globalMatch(QString::fromLatin1(line)))
+        if (!outOfRange(found.captured().toLatin1())) return false;
+    return true;
 }
 
 }  // namespace
@@ -379,7 +355,7 @@ private slots:
                                             {20, "l1#L0!d40#"}, {24, "Z#R#"},
                                             {40, "S#"},         {50, "T300#"},
                                             {52, "Q#"},         {60, "k5#"}};
-        QList<int> kinds(NotGarbage, 0);
+        int garbage = 0, huge = 0, statusShaped = 0;
         int goodLines = 0;
         for (int step = 0; step <= 100; ++step) {
             for (Script* s : {&reference, &atRandom, &afterEach})
@@ -393,9 +369,10 @@ private slots:
                     ++next;
                     continue;
                 }
-                const GarbageKind kind = garbageKind(line);
-                QVERIFY2(kind != NotGarbage, line.left(60).toPercentEncoding().constData());
-                ++kinds[kind];
+                QVERIFY2(harmless(line), line.left(60).toPercentEncoding().constData());
+                ++garbage;
+                huge += line.size() >= 64 * 1024;
+                statusShaped += line.startsWith("q ") || line.startsWith("@ ");
             }
             QCOMPARE(next, good.size());
             // One garbage line after every line of the board's own.
@@ -403,15 +380,13 @@ private slots:
             QCOMPARE(interleaved.size(), 2 * good.size());
             for (qsizetype i = 0; i < good.size(); ++i) {
                 QCOMPARE(interleaved[2 * i], good[i]);
-                QVERIFY(garbageKind(interleaved[2 * i + 1]) != NotGarbage);
+                QVERIFY(harmless(interleaved[2 * i + 1]));
             }
         }
         QVERIFY2(goodLines > 30, QByteArray::number(goodLines));
-        // About 500 lines in 5 s, each kind about a quarter of them.
-        const int total = std::accumulate(kinds.begin(), kinds.end(), 0);
-        QVERIFY2(total > 400 && total < 600, QByteArray::number(total));
-        for (const int count : kinds)
-            QVERIFY2(count > total / 8, QByteArray::number(count));
+        // About 500 lines in 5 s, among them huge and status-shaped ones.
+        QVERIFY2(garbage > 400 && garbage < 600, QByteArray::number(garbage));
+        QVERIFY(huge > garbage / 8 && statusShaped > garbage / 8);
 
         // None while the link is closed, none from the silent rig.
         atRandom.board.linkClosed(5);

@@ -357,6 +357,21 @@ private slots:
         control->setini(QStringLiteral("Platz00"), QStringLiteral("lang"), longValue);
         QCOMPARE(control->ini(QStringLiteral("Platz00"), QStringLiteral("lang"), QString()).size(),
                  2047);
+        // A value that cannot be stored as given leaves the file alone and is reported, naming
+        // the file, the section and the key.
+        QFile written(file);
+        QVERIFY(written.open(QIODevice::ReadOnly));
+        const QByteArray before = written.readAll();
+        written.close();
+        QSignalSpy problems(control.get(), &ctlQuendrix::settingProblem);
+        control->setini(QStringLiteral("Platz00"), QStringLiteral("[Notiz"), QStringLiteral("a]"));
+        QVERIFY(written.open(QIODevice::ReadOnly));
+        QCOMPARE(written.readAll(), before);
+        QCOMPARE(problems.size(), 1);
+        const QString problem = problems[0][0].toString();
+        QVERIFY2(
+            problem.contains(file) && problem.contains(u"[Platz00]") && problem.contains(u"[Notiz"),
+            qPrintable(problem));
 
         // An empty name means no file at all, even when one of that section exists.
         control->setinifile(QString());

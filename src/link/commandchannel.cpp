@@ -78,14 +78,21 @@ void Link::failed(const QString& text) {
     Auswerten(text, false);
 }
 
+// Evaluating lets events run, and Qt raises no second readyRead while one is handled: bytes
+// that arrive meanwhile are taken before the handler returns. Left in the port, they would wait
+// for the board's next line, and after a finished move there is none.
 void Link::serialReceived() {
-    const QByteArray bytes = panel_.MSComm1->readAll();
-    if (control_.wifi) return;  // the serial port is not the link now: its input is dropped
-    received(bytes, false);
+    QSerialPort& port = *panel_.MSComm1;
+    while (port.bytesAvailable() > 0) {
+        const QByteArray bytes = port.readAll();
+        if (!control_.wifi) received(bytes, false);  // else the serial port is not the link now
+    }
 }
 
 void Link::socketReceived() {
-    received(panel_.Telnet1->readAll(), true);
+    QTcpSocket& socket = *panel_.Telnet1;
+    while (socket.bytesAvailable() > 0)
+        received(socket.readAll(), true);
 }
 
 // Whatever the board sends is evaluated here, inside the transport's event: nothing that goes

@@ -218,6 +218,33 @@ private slots:
         QCOMPARE(link_->sKennText[0], QStringLiteral("q #1200 ~1180 *8 |B"));
     }
 
+    // Evaluating a line lets events run, and the transport reads what arrives meanwhile without
+    // a second readyRead. A board that falls silent then (a move's last line) is still heard.
+    void aLineThatArrivesDuringEvaluationIsNotLeftWaiting_data() {
+        commandsLeaveExactlyAsFramed_data();
+    }
+    void aLineThatArrivesDuringEvaluationIsNotLeftWaiting() {
+        QFETCH(bool, socket);
+        socket ? openSocket() : openSerial();
+        QIODevice* transport = socket ? static_cast<QIODevice*>(control_->Telnet1())
+                                      : static_cast<QIODevice*>(control_->MSComm1());
+        bool sent = false;
+        platform_.onIdle = [&](TestPlatform&) {
+            if (sent || !link_->sKennText[0].contains(u"|B")) return;
+            sent = true;
+            board_.write("q #200 ~200 |F :0\r\n");
+            QElapsedTimer patience;
+            patience.start();
+            while (transport->bytesAvailable() == 0 && patience.elapsed() < 5000)
+                QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        };
+        board_.write("q #200 ~200 |B\r\n");
+        settle();
+        QVERIFY(sent);
+        QCOMPARE(link_->finishedMoves(0), quint64(1));
+        QCOMPARE(link_->sKennText[0], QStringLiteral("q #200 ~200 |F :0"));
+    }
+
     void serialInputIsDroppedWhileTheLinkIsTheSocket() {
         openSerial();
         control_->wifi = true;

@@ -23,6 +23,8 @@ public:
     Board& board() const { return board_; }
     // True while a client holds the link (the device is open, a socket is connected).
     bool linkUp() const { return linkUp_; }
+    // True while bytes the board sent still wait for room in the transport.
+    virtual bool writesPending() const = 0;
 
     // Notices the link opening or closing, hands what arrived to the board, writes what the
     // board has due and closes the link when the board asks for it.

@@ -29,6 +29,7 @@ public:
     bool linkTo(const QString& symlinkPath, QString* error = nullptr);
 
     void pump() override;
+    bool writesPending() const override { return !unwritten_.isEmpty(); }
 
 signals:
     void devicePathChanged(const QString& path);

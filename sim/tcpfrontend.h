@@ -28,6 +28,7 @@ public:
     quint16 port() const { return server_.serverPort(); }
 
     void pump() override;
+    bool writesPending() const override { return client_ && client_->bytesToWrite() > 0; }
 
 protected:
     void write(const QByteArray& bytes) override;

@@ -44,6 +44,7 @@ Session runSession(bool garbage, bool socket, const QString& file) {
     options.faults.garbageEvery = garbage ? 3 : 0;
     options.faults.seed = 7;
     if (!rig.start(options, socket, false)) return session;
+    rig.keepTimeWithTheBytes();
     ctlQuendrix& control = *rig.control;
     control.setLocale(QLocale(QLocale::German, QLocale::Germany));
     control.setMotorName(QStringLiteral("Stativ"));

@@ -11,6 +11,7 @@
 
 #include <quendrix/ctlQuendrix.h>
 
+#include <sys/ioctl.h>
 #include <QSerialPort>
 #include <QStringList>
 #include <QTcpSocket>
@@ -68,6 +69,16 @@ public:
         front.reset();
     }
 
+    // Lines of a quarter megabyte take many sleeps to cross a real transport, and the rig's
+    // time would run on meanwhile, as a wire of unlimited speed would not let it. From now on
+    // the clock stands still while the board's bytes travel: waiting to be written, or written
+    // and not yet taken by the control.
+    void keepTimeWithTheBytes() {
+        platform.clockHeld = [this] {
+            return front->linkUp() && (front->writesPending() || bytesArrivedUntaken() > 0);
+        };
+    }
+
     quendrix::Link& link() const { return *control->link(); }
     quendrix::Panel& panel() const { return *control->panel(); }
 
@@ -97,6 +108,14 @@ public:
     }
 
 private:
+    int bytesArrivedUntaken() const {
+        const qintptr fd = control->wifi ? control->Telnet1()->socketDescriptor()
+                                         : qintptr(control->MSComm1()->handle());
+        int bytes = 0;
+        if (fd < 0 || ::ioctl(int(fd), FIONREAD, &bytes) != 0) return 0;
+        return bytes;
+    }
+
     bool started() {
         platform.onIdle = [this](TestPlatform&) { front->pump(); };
         settle(0.1);

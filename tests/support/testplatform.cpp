@@ -43,7 +43,7 @@ void TestPlatform::idle(double seconds) {
             waitForEvents(realSecondsPerIdle);
         else
             QCoreApplication::processEvents(QEventLoop::AllEvents);
-        scriptedNow_ += std::max(0.0, seconds);
+        if (!clockHeld || !clockHeld()) scriptedNow_ += std::max(0.0, seconds);
     }
     if (onIdle) onIdle(*this);
 }

@@ -45,6 +45,8 @@ public:
 
     // Called after every sleep with the platform, so a test can make things happen at a time.
     std::function<void(TestPlatform&)> onIdle;
+    // While it holds, sleeps let events run but the scripted clock stands still.
+    std::function<bool()> clockHeld;
     // Real time each scripted sleep also waits for events, so that bytes written to a real
     // pseudo-terminal or socket have crossed it before the scripted clock moves on.
     double realSecondsPerIdle = 0;

@@ -2,6 +2,7 @@
 #include "motion/motion.h"
 
 #include "settings/guard.h"
+#include "settings/mousebuttons.h"
 
 #include <quendrix/Panel.h>
 #include <quendrix/ctlQuendrix.h>
@@ -9,27 +10,12 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMouseEvent>
 #include <QPushButton>
 #include <QRadioButton>
 
 namespace quendrix {
 
 namespace {
-
-// Mouse buttons as the system numbers them: 1 left, 2 right, 4 middle.
-int buttonCode(Qt::MouseButton button) {
-    switch (button) {
-        case Qt::LeftButton:
-            return 1;
-        case Qt::RightButton:
-            return 2;
-        case Qt::MiddleButton:
-            return 4;
-        default:
-            return 0;
-    }
-}
 
 template <size_t N>
 int indexIn(const std::array<QPushButton*, N>& buttons, const QObject* watched) {
@@ -100,7 +86,7 @@ bool Motion::eventFilter(QObject* watched, QEvent* event) {
     if (type != QEvent::MouseButtonPress && type != QEvent::MouseButtonRelease &&
         type != QEvent::MouseMove)
         return QObject::eventFilter(watched, event);
-    const int button = buttonCode(static_cast<QMouseEvent*>(event)->button());
+    const int button = mouseButtonCode(event);
     Panel& p = panel_;
     runGuarded(control_.platform(), [&] {
         if (const int up = indexIn(p.Auf, watched), down = indexIn(p.Ab, watched);

@@ -5,6 +5,7 @@
 #include "link/link.h"
 #include "optics/calibration.h"
 #include "settings/guard.h"
+#include "settings/mousebuttons.h"
 #include "settings/numbers.h"
 #include "settings/textformat.h"
 
@@ -15,7 +16,6 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMouseEvent>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSlider>
@@ -33,8 +33,7 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::MouseButtonRelease)
-            released_(static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton ? 1 : 2);
+        if (event->type() == QEvent::MouseButtonRelease) released_(mouseButtonCode(event));
         return QObject::eventFilter(watched, event);
     }
 

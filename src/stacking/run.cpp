@@ -178,6 +178,17 @@ void Stacking::Reset(qint16 axis) {
     control_.Output(QString(QChar('x' - 32 * (axis % 2))) + QLatin1Char('#'));
 }
 
+// The left button on a picture: those of the two axes and the first reference point reset
+// their axis (the third resets axis 0, as its index says), the other two reference points send
+// their own commands.
+void Stacking::Image1_MouseUp(int index, int button) {
+    if (button != 1) return;
+    if (index <= 2)
+        Reset(qint16(index));
+    else
+        control_.Output(index == 3 ? QStringLiteral("G#") : QStringLiteral("H#"));
+}
+
 void Stacking::Kamera_aktiv(bool enabled) {
     for (QPushButton* capture : {panel_.Schicht, panel_.Mittelw, panel_.Kopie})
         capture->setEnabled(enabled);

@@ -3,6 +3,7 @@
 
 #include "link/link.h"
 #include "settings/guard.h"
+#include "settings/mousebuttons.h"
 
 #include <quendrix/Panel.h>
 #include <quendrix/ctlQuendrix.h>
@@ -12,9 +13,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
-#include <QMouseEvent>
 #include <QPushButton>
 #include <QTimer>
+#include <algorithm>
 
 namespace quendrix {
 
@@ -46,11 +47,14 @@ void Stacking::connectPanel() {
     for (QWidget* watched : {static_cast<QWidget*>(p.AutoKomb), static_cast<QWidget*>(p.Beginn),
                              static_cast<QWidget*>(p.Ende)})
         watched->installEventFilter(this);
+    for (QLabel* picture : p.Image1)
+        picture->installEventFilter(this);
     p.Timer3->setSingleShot(false);
 }
 
 // The stack's buttons act on the mouse button let go: the start and end buttons take the
-// position with the left and drive there with the right; the right aborts a run.
+// position with the left and drive there with the right; the right aborts a run. So do the
+// pictures of the axes and reference points.
 bool Stacking::eventFilter(QObject* watched, QEvent* event) {
     if (watched == confusion_ && event->type() == QEvent::LocaleChange) {
         // The circle follows the panel's language, so that it still reads as a number.
@@ -61,8 +65,7 @@ bool Stacking::eventFilter(QObject* watched, QEvent* event) {
         return false;
     }
     if (event->type() == QEvent::MouseButtonRelease) {
-        const Qt::MouseButton button = static_cast<QMouseEvent*>(event)->button();
-        const int code = button == Qt::LeftButton ? 1 : button == Qt::RightButton ? 2 : 4;
+        const int code = mouseButtonCode(event);
         runGuarded(control_.platform(), [&] {
             if (watched == panel_.AutoKomb)
                 AutoKomb_MouseUp(code);
@@ -70,6 +73,10 @@ bool Stacking::eventFilter(QObject* watched, QEvent* event) {
                 Beginn_MouseUp(code);
             else if (watched == panel_.Ende)
                 Ende_MouseUp(code);
+            else if (const auto picture =
+                         std::find(panel_.Image1.begin(), panel_.Image1.end(), watched);
+                     picture != panel_.Image1.end())
+                Image1_MouseUp(int(picture - panel_.Image1.begin()), code);
         });
     }
     return QObject::eventFilter(watched, event);

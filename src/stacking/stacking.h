@@ -49,6 +49,7 @@ public:
     void Kopie_Click();
     void Zuruecksetzen();
     void Reset(qint16 axis);
+    void Image1_MouseUp(int index, int button);
     void Kamera_aktiv(bool enabled);
 
     // The plane spacing the optics suggest for an aperture and a circle of confusion (mm), and

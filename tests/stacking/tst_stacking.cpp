@@ -212,6 +212,58 @@ private slots:
         QVERIFY(layerTimes_[1] - layerTimes_[0] >= 31);
     }
 
+    // The copy buttons tell the host the field of view first, then ask for the copy.
+    void aCopyComesAfterItsFieldOfView() {
+        QVERIFY(start());
+        p_->lblSehfeld->setToolTip(QStringLiteral("1234,56789"));  // the optics' working value
+        QObject host;
+        QStringList events;
+        connect(control_, &ctlQuendrix::SehfeldNeu, &host,
+                [&](const QString& width) { events << QStringLiteral("SehfeldNeu ") + width; });
+        connect(control_, &ctlQuendrix::Kopie, &host, [&] { events << QStringLiteral("Kopie"); });
+        p_->Kopie->click();
+        control_->setLocale(QLocale(QLocale::English));
+        p_->lblSehfeld->setToolTip(QStringLiteral("7.25"));
+        p_->Kopie->click();
+        QCOMPARE(events,
+                 QStringList({"SehfeldNeu 1234,568", "Kopie", "SehfeldNeu 7.250", "Kopie"}));
+        QCOMPARE(rig_->takeCommands(), Commands());
+    }
+
+    // The left button let go on a picture of the axes or of the reference points: the axes'
+    // pictures and the first reference point reset their axis (the third resets axis 0), the
+    // other two send their commands. Each rig shows its own pictures; other buttons do nothing.
+    void thePicturesOfTheAxesAndReferencePoints() {
+        const struct {
+            sim::Rig rig;
+            QList<int> shown;
+            Commands leftClicks;
+        } rigs[] = {{sim::Rig::Bellows, {0, 1}, {"x#", "X#"}},
+                    {sim::Rig::LensChanger, {0, 2, 3, 4}, {"x#", "x#", "G#", "H#"}},
+                    {sim::Rig::Microscope, {0}, {"x#"}}};
+        for (const auto& [rig, shown, leftClicks] : rigs) {
+            sim::Options options;
+            options.rig = rig;
+            QVERIFY(start(options));
+            control_->setControltyp(qint16(rig));
+            control_->show();
+            QList<int> visible;
+            for (int i = 0; i < 5; ++i)
+                if (p_->Image1[i]->isVisible()) visible << i;
+            QCOMPARE(visible, shown);
+            for (int i : shown) {
+                QTest::mouseClick(p_->Image1[i], Qt::RightButton);
+                QTest::mouseClick(p_->Image1[i], Qt::MiddleButton);
+            }
+            rig_->settle(0.05);
+            QCOMPARE(rig_->takeCommands(), Commands());
+            for (int i : shown)
+                QTest::mouseClick(p_->Image1[i], Qt::LeftButton);
+            rig_->settle(0.05);
+            QCOMPARE(rig_->takeCommands(), leftClicks);
+        }
+    }
+
     void theOpticsSuggestAPlaneSpacing() {
         const auto advice = quendrix::suggestSpacing(23.6, 23.6, 8, 0.03, 10);
         QVERIFY(advice);

@@ -253,8 +253,12 @@ private:
     void setMicroStepsOffered(int axis, qint16 value);
     // The motion frame shown is the one of the selected axis.
     void showSelectedAxis();
-    // Completes the panel for the tab now shown; previousTab is the one shown before.
+    // Completes the panel for the tab now shown; previousTab is the one shown before. Back on
+    // tab 0 from a settings tab, the ready board takes over the settings edited there.
     void tabChanged(int previousTab);
+    // The panel's own return to tab 0 (a new rig layout, the shutdown): handled as coming from
+    // tab 0, so it sends nothing.
+    void showOperatingTab();
 
     void reportSettingProblem(const QString& message);
 

@@ -108,6 +108,7 @@ ctlQuendrix::ctlQuendrix(QWidget* parent)
     for (QRadioButton* axis : panel_->obMotor)
         connect(axis, &QRadioButton::toggled, this,
                 guardedSlot(*this, [this] { showSelectedAxis(); }));
+    startup_->showOperatingTab = [this] { showOperatingTab(); };
     connect(panel_->SSTab1, &QTabWidget::currentChanged, this, [this](int tab) {
         const int previous = shownTab_;
         shownTab_ = tab;
@@ -232,9 +233,16 @@ void ctlQuendrix::layoutForRigType() {
     applyRigLayout(*panel_, controltyp_);
     panel_->obMotor[0]->setChecked(true);
     Zuruecksetzen();
-    const int previous = panel_->SSTab1->currentIndex();
-    panel_->SSTab1->setCurrentIndex(0);
-    if (previous == 0) tabChanged(0);
+    showOperatingTab();
+}
+
+void ctlQuendrix::showOperatingTab() {
+    {
+        const QSignalBlocker quiet(panel_->SSTab1);
+        panel_->SSTab1->setCurrentIndex(0);
+    }
+    shownTab_ = 0;
+    tabChanged(0);
 }
 
 void ctlQuendrix::showSelectedAxis() {
@@ -243,12 +251,20 @@ void ctlQuendrix::showSelectedAxis() {
 }
 
 void ctlQuendrix::tabChanged(int previousTab) {
-    Q_UNUSED(previousTab);
     Panel& p = *panel_;
     const int tab = p.SSTab1->currentIndex();
     if (tab == 0) {
         p.obMotor[0]->setChecked(true);
         p.FrameT[0]->setVisible(p.obMotor[0]->isChecked());
+        // The limit-switch and direction settings edited on the settings tabs go to the board.
+        if (previousTab >= 1 && link_->bBereit) {
+            if (controltyp_ == 0 || controltyp_ == 2) {
+                Output(QStringLiteral("t1#"));
+                waiter_->doEvents();
+            }
+            Output(QStringLiteral("T1#"));
+            waiter_->doEvents();
+        }
     }
     p.cbOptik->setToolTip(tab >= 2
                               ? QStringLiteral("Objektiv auswählen oder neues Objektiv eingeben")

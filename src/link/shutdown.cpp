@@ -99,7 +99,8 @@ private:
 }  // namespace
 
 void Startup::Motor_Abschalten() {
-    panel_.SSTab1->setCurrentIndex(0);
+    // Shutting down from a settings tab does not hand its settings over: that moves the axes.
+    showOperatingTab();
     waiter_.doEvents();
 
     // Motors and lights stop. The stop commands wait for their acknowledgements as every

@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+#include <functional>
 
 class ctlQuendrix;
 
@@ -37,6 +38,9 @@ public:
     static QString serialDeviceFor(const QString& port);
     // Host and port of the settings' address: "host" or "host:port" (default port 23).
     static std::pair<QString, quint16> wifiAddressFor(const QString& address);
+
+    // Shows tab 0 without a return from a settings tab (the control sets it).
+    std::function<void()> showOperatingTab;
 
 private:
     bool identifiedBoard(const QString& line) const;

@@ -116,6 +116,8 @@ void Motion::Position_anfahren(qint32 target, int axis, int speedMode) {
     } else {
         Richtung_setzen(target <= link_.AchsPosition[axis] ? 0 : 1, axis);
         setSpeedMode(axis, speedMode >= 0 ? speedMode : speedModeForDistance(distance));
+        // A move of exactly one step is "t1#" / "T1#", the same bytes as the settings take-over
+        // on the return to tab 0 and at start-up. That is how the protocol has it: kept as is.
         control_.Output(axisLetter('t', axis) + QString::number(qAbs(distance)) + QLatin1Char('#'));
     }
     // The board reports the start of a move before it acknowledges it, so the status line

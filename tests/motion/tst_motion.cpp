@@ -10,6 +10,7 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTemporaryDir>
 
@@ -219,6 +220,58 @@ private slots:
         click(p_->cbEndschalter[1]);
         click(p_->cbDrehrichtungArduino[0]);
         QCOMPARE(sent(), Commands({"E0#", "E1#", "c1#"}));
+    }
+
+    // Back on the operating tab from a settings tab, the ready board takes over what was edited
+    // there: "t1#" (not on the lens changer) and "T1#". The user's tab bar is clicked.
+    void returningFromASettingsTabHandsItsSettingsOver_data() {
+        QTest::addColumn<int>("rigType");
+        QTest::addColumn<Commands>("takeOver");
+        QTest::newRow("bellows") << 0 << Commands({"t1#", "T1#"});
+        QTest::newRow("lens changer") << 1 << Commands({"T1#"});
+        QTest::newRow("microscope") << 2 << Commands({"t1#", "T1#"});
+    }
+    void returningFromASettingsTabHandsItsSettingsOver() {
+        QFETCH(int, rigType);
+        QFETCH(Commands, takeOver);
+        quendrix::sim::Options options;
+        options.rig = quendrix::sim::Rig(rigType);
+        QVERIFY(start(options));
+        rig_->control->setControltyp(qint16(rigType));
+        QTabBar* tabs = p_->SSTab1->tabBar();
+        const auto show = [&](int tab) {
+            QTest::mouseClick(tabs, Qt::LeftButton, {}, tabs->tabRect(tab).center());
+            QCOMPARE(p_->SSTab1->currentIndex(), tab);
+        };
+        sent();
+
+        show(2);  // not ready: nothing
+        show(0);
+        QCOMPARE(sent(), Commands());
+
+        rig_->link().bBereit = true;
+        show(0);  // from tab 0 to tab 0
+        show(1);  // among the settings tabs
+        show(3);
+        show(2);
+        QCOMPARE(sent(), Commands());
+        show(0);
+        QCOMPARE(sent(), takeOver);
+        show(1);
+        show(0);
+        QCOMPARE(sent(), takeOver);
+        QVERIFY(p_->obMotor[0]->isChecked());
+
+        // The panel's own return to tab 0 is no return from a settings tab: a new layout and
+        // the shutdown move nothing.
+        show(2);
+        rig_->control->setControltyp(qint16(rigType));
+        QCOMPARE(p_->SSTab1->currentIndex(), 0);
+        QCOMPARE(sent(), Commands());
+        show(3);
+        rig_->control->Motor_Abschalten();
+        QCOMPARE(p_->SSTab1->currentIndex(), 0);
+        QVERIFY(!sent().contains(takeOver.last()));
     }
 
     void rotateButtonCountsOtherButtons() {

@@ -335,6 +335,11 @@ private slots:
         QCOMPARE(sent(), Commands({"v#", "w800#", "t1000#", "z#", "w100#", "t1001#", "v#", "w800#",
                                    "t11#"}));
         QCOMPARE(rig_->link().AchsPosition[0], 4960);
+        // One step is "t1#", the same bytes as the settings take-over, and the board takes it
+        // as that: the axis stays where it is.
+        motion_->Position_anfahren(4961, 0, 0);
+        QCOMPARE(sent(), Commands({"t1#"}));
+        QCOMPARE(rig_->link().AchsPosition[0], 4960);
         QVERIFY_THROWS_EXCEPTION(quendrix::RuntimeError, motion_->Position_anfahren(1, 2, 1));
     }
 

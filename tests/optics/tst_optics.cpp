@@ -150,13 +150,67 @@ private slots:
     void lensChangerPositionsAreStoredAndSent() {
         QVERIFY(start());
         control_->setControltyp(1);
-        p_->lbObjektiv[2]->setText(QStringLiteral(" 10x "));
-        control_->lbObjektiv_Change(2);
+        const QStringList captions = {" 2x", "5x ", " 10x ", "20x", "50 x"};
+        for (int i = 0; i < 5; ++i) {
+            p_->lbObjektiv[i]->setText(captions[i]);
+            control_->lbObjektiv_Change(qint16(i));
+        }
         control_->lbObjektiv_Change(5);
         rig_->settle(0.05);
-        QCOMPARE(rig_->takeCommands(), QStringList({"j10x#"}));
-        QCOMPARE(control_->ini(QStringLiteral("Platz00"), QStringLiteral("Objektiv2"), {}),
-                 QStringLiteral("10x"));
+        QCOMPARE(rig_->takeCommands(), QStringList({"h2x#", "i5x#", "j10x#", "k20x#", "g50 x#"}));
+        for (int i = 0; i < 5; ++i)
+            QCOMPARE(
+                control_->ini(QStringLiteral("Platz00"), QStringLiteral("Objektiv%1").arg(i), {}),
+                captions[i].trimmed());
+        // A bellows rig has no changer.
+        control_->setControltyp(0);
+        control_->lbObjektiv_Change(0);
+        rig_->settle(0.05);
+        QCOMPARE(rig_->takeCommands(), QStringList());
+    }
+
+    // Renaming the lens shown, and finding the lens a label names.
+    void renamingAndFindingLenses() {
+        QVERIFY(start());
+        writeIni(
+            "[EOS]\r\nObjektiv0_0=Makro 100mm\r\nFaktor0_0=0,002\r\nObjektiv0_1=Plan 10 Apo\r\n"
+            "Faktor0_1=0,001\r\nObjektiv0_2=Plan 10 Nah\r\nFaktor0_2=0,001\r\naktuell0=7\r\n");
+        control_->setControltyp(1);
+        control_->Optik_laden();
+        QCOMPARE(p_->cbOptik->currentIndex(), -1);
+        rig_->platform.inputAnswers = {QStringLiteral("Lupe 5")};
+        p_->NeuName->click();  // nothing selected: asked first, refused after
+        QCOMPARE(rig_->platform.inputs.size(), 1);
+        QCOMPARE(rig_->platform.inputs.first().title,
+                 QStringLiteral("Neue Bezeichnung für das angezeigte Objektiv"));
+        QCOMPARE(rig_->platform.inputs.first().prompt,
+                 QStringLiteral("Eindeutige Bezeichnung eingeben"));
+        QCOMPARE(rig_->platform.messages.size(), 1);
+        QCOMPARE(rig_->platform.messages.first().prompt,
+                 QStringLiteral("Erst ein Objektiv auswählen"));
+        QCOMPARE(p_->cbOptik->itemText(1), QStringLiteral("Makro 100mm"));
+
+        p_->cbOptik->setCurrentIndex(2);
+        rig_->platform.inputAnswers = {QStringLiteral("Lupe 5")};
+        p_->NeuName->click();
+        QCOMPARE(p_->cbOptik->itemText(2), QStringLiteral("Lupe 5"));
+        QCOMPARE(p_->cbOptik->count(), 4);
+        // Written under the list index, one slot above the one it was read from.
+        QCOMPARE(control_->ini(QStringLiteral("EOS"), QStringLiteral("Objektiv0_2"), {}),
+                 QStringLiteral("Lupe 5"));
+        QCOMPARE(control_->ini(QStringLiteral("EOS"), QStringLiteral("Objektiv0_1"), {}),
+                 QStringLiteral("Plan 10 Apo"));
+        QCOMPARE(rig_->platform.messages.size(), 1);
+
+        // The first entry that contains the label's text, else "ohne".
+        const auto shown = [&](const QString& text) {
+            p_->lblOptik->setText(text);
+            control_->optics()->lblOptik_Change();
+            return p_->cbOptik->currentIndex();
+        };
+        QCOMPARE(shown(QStringLiteral("Nah")), 3);
+        QCOMPARE(shown(QStringLiteral("10")), 1);  // "Makro 100mm" comes first
+        QCOMPARE(shown(QStringLiteral("Zoom")), 0);
     }
 
     void imageWidthIsScaledToTheCurrentResolution() {

@@ -102,7 +102,23 @@ private slots:
     void aWholeStack() {
         QVERIFY(start());
         plan(5000, 1000, 4);  // 1000 steps between planes, downwards from the start
+        p_->lblSehfeld->setToolTip(QStringLiteral("12,3456"));
+        QObject host;
+        QStringList fieldOfView;  // the first width told, and how many commands went before it
+        connect(control_, &ctlQuendrix::SehfeldNeu, &host, [&](const QString& width) {
+            if (fieldOfView.isEmpty())
+                fieldOfView << width << QString::number(rig_->board->received().size());
+        });
+        QList<int> pauses;  // the pause that ended with each picture
+        connect(control_, &ctlQuendrix::Schicht, &host, [&] { pauses << p_->Timer3->interval(); });
         QScopedPointer<QSignalSpy> combine(runStack());
+        QCOMPARE(fieldOfView, QStringList({"12,346", "0"}));
+        // The first picture waits twice the pause; each later one the pause after its plane
+        // (1000 steps at 800 us) has arrived.
+        QCOMPARE(pauses, QList<int>({40, 20, 20, 20, 20}));
+        for (int i = 1; i < layerTimes_.size(); ++i)
+            QVERIFY2(layerTimes_[i] - layerTimes_[i - 1] >= 0.8,
+                     qPrintable(QString::number(layerTimes_[i] - layerTimes_[i - 1])));
         QCOMPARE(combine->size(), 1);
         QCOMPARE(combine->first().first().toString(), QStringLiteral("5"));
         QCOMPARE(layers_, QStringList({"1", "2", "3", "4", "5"}));
@@ -113,6 +129,13 @@ private slots:
         QCOMPARE(p_->Schicht->text(), QStringLiteral("Schicht: 0"));
         QCOMPARE(quendrix::tag(p_->AutoKomb), QString());
         QCOMPARE(quendrix::value(p_->Check0[6]), 1);
+
+        // Planes of 100 steps or fewer go at the slowest speed, whatever the approach took.
+        plan(1400, 1000, 4);
+        combine.reset(runStack());
+        QCOMPARE(rig_->takeCommands(),
+                 Commands({"v#", "t800#", "y1#", "z#", "w800#", "t400#", "w1600#", "t100#", "t100#",
+                           "t100#", "t100#", "w100#", "y0#"}));
     }
 
     void aLensChangerRigSendsNoCombineCommands() {
@@ -182,7 +205,15 @@ private slots:
     void averagingSeries() {
         QVERIFY(start());
         QSignalSpy averaged(control_, &ctlQuendrix::Mittelwert);
+        p_->lblSehfeld->setToolTip(QStringLiteral("7,5"));
+        QObject host;
+        QStringList events;
+        connect(control_, &ctlQuendrix::SehfeldNeu, &host,
+                [&](const QString& width) { events << QStringLiteral("SehfeldNeu ") + width; });
+        connect(control_, &ctlQuendrix::Schicht, &host, [&](const QString& nr) { events << nr; });
         control_->Mittelw_Click();
+        // The field of view first, then the first picture at once, before any pause.
+        QCOMPARE(events, QStringList({"SehfeldNeu 7,500", "1"}));
         QVERIFY(rig_->waitFor([&] { return !averaged.isEmpty(); }));
         QCOMPARE(layers_.size(), 10);  // no "Serie" in the settings: ten pictures
         QCOMPARE(averaged.first().first().toString(), QStringLiteral("10"));
@@ -195,6 +226,65 @@ private slots:
         QVERIFY(rig_->waitFor([&] { return averaged.size() == 2; }));
         QCOMPARE(layers_, QStringList({"1", "2", "3"}));
         QCOMPARE(averaged.last().first().toString(), QStringLiteral("3"));
+    }
+
+    // Single pictures on request, and the capture buttons the host can lock.
+    void singlePicturesAndTheCaptureButtons() {
+        QVERIFY(start());
+        QSignalSpy combined(control_, &ctlQuendrix::Kombinieren);
+        QVERIFY(!p_->Combine->isEnabled());
+        control_->Schichtbild();
+        QCOMPARE(layers_, QStringList({"1"}));
+        QCOMPARE(p_->Schicht->text(), QStringLiteral("Schicht: 1"));
+        QVERIFY(p_->Combine->isEnabled());  // from the first picture on
+        QVERIFY(!control_->stacking()->Kamera_bereit);
+        p_->Schicht->click();
+        QCOMPARE(layers_, QStringList({"1", "2"}));
+        p_->Combine->click();
+        QCOMPARE(combined.size(), 1);
+        QCOMPARE(combined.first().first().toString(), QStringLiteral("2"));
+        QCOMPARE(p_->Schicht->text(), QStringLiteral("Schicht: 0"));
+        QVERIFY(!p_->Combine->isEnabled());
+        QCOMPARE(rig_->takeCommands(), Commands());
+
+        control_->Kamera_aktiv(0);
+        QVERIFY(!p_->Schicht->isEnabled() && !p_->Mittelw->isEnabled() && !p_->Kopie->isEnabled());
+        QVERIFY(p_->AutoKomb->isEnabled());
+        control_->Kamera_aktiv(1);
+        QVERIFY(p_->Schicht->isEnabled() && p_->Mittelw->isEnabled() && p_->Kopie->isEnabled());
+    }
+
+    // Letting go of the left button on the start or end button takes axis 0's position and
+    // plans again; the right drives axis 0 there at normal speed; the middle does nothing.
+    void theStartAndEndButtonsTakeAndApproachThePosition() {
+        QVERIFY(start());
+        plan(0, 5234, 4);
+        control_->motion()->Position_anfahren(1234, 0, 1);
+        QTest::mouseRelease(p_->Beginn, Qt::LeftButton);
+        QCOMPARE(p_->BBeginn[0]->text(), QStringLiteral("1234"));
+        QCOMPARE(p_->Schrittzahl->text(), QStringLiteral("1000"));
+        control_->motion()->Position_anfahren(1734, 0, 1);
+        QTest::mouseRelease(p_->Ende, Qt::LeftButton);
+        QCOMPARE(p_->BEnde[0]->text(), QStringLiteral("1734"));
+        QCOMPARE(p_->Schrittzahl->text(), QStringLiteral("125"));
+        rig_->takeCommands();
+
+        QTest::mouseRelease(p_->Beginn, Qt::MiddleButton);
+        QTest::mouseRelease(p_->Ende, Qt::MiddleButton);
+        rig_->settle(0.05);
+        QCOMPARE(rig_->takeCommands(), Commands());
+        QCOMPARE(p_->BBeginn[0]->text(), QStringLiteral("1234"));
+
+        quendrix::setValue(p_->Check0[6], 0);
+        rig_->takeCommands();
+        QTest::mouseRelease(p_->Beginn, Qt::RightButton);
+        QCOMPARE(rig_->link().AchsPosition[0], 1234);
+        quendrix::setValue(p_->Check0[6], 2);
+        QTest::mouseRelease(p_->Ende, Qt::RightButton);
+        QCOMPARE(rig_->link().AchsPosition[0], 1734);
+        // 500 steps would be slow speed if the distance chose it.
+        QCOMPARE(rig_->takeCommands(),
+                 Commands({"z#", "w100#", "t500#", "w1600#", "v#", "w100#", "t500#"}));
     }
 
     void aHostThatNeverReleasesIsWaitedFor() {

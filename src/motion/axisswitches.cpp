@@ -12,6 +12,8 @@
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QRadioButton>
+#include <algorithm>
+#include <cmath>
 
 namespace quendrix {
 
@@ -54,6 +56,51 @@ void Motion::micro_Click(int axis, int exponent) {
     pause->setText(microStepPause(Val(tag(pause)), exponent, control_.locale()));
     setTag(axis == 0 ? panel_.micro0[0] : panel_.micro1[0], QString::number(exponent));
     control_.Output(axisLetter('w', axis) + pause->text() + QLatin1Char('#'));
+}
+
+// "Takt setzen": the pause typed is the pause per step of the division in force, and the board
+// takes it at once. The full-step pause behind it is kept (the box's tag, and the settings
+// file), so that a later division keeps this speed.
+void Motion::Taktsetzen_Click(int axis) {
+    QLineEdit* pause = panel_.Taktpause[axis];
+    const std::optional<qint32> typed = wholeSetting(pause, QStringLiteral("Taktpause"), 1);
+    if (!typed) return;
+    const QString exponentTag = tag(axis == 0 ? panel_.micro0[0] : panel_.micro1[0]);
+    const int exponent = std::clamp(int(Val(exponentTag)), 0, 16);
+    setTag(pause, QString::number(toLong(double(*typed) * std::pow(2.0, exponent))));
+    control_.setini(control_.MotorName() + QString::number(axis), QStringLiteral("Taktpause"),
+                    tag(pause));
+    control_.Output(axisLetter('w', axis) + pause->text() + QLatin1Char('#'));
+}
+
+// "Spiel setzen": the backlash in steps goes to the board, and the link chooses the
+// acknowledgements of the run commands by it from now on.
+void Motion::cSpiel_Click(int axis) {
+    QLineEdit* backlash = panel_.tSpiel[axis];
+    const std::optional<qint32> steps = wholeSetting(backlash, QStringLiteral("Spiel"), 0);
+    if (!steps) return;
+    link_.backlash[axis] = *steps;
+    control_.setini(control_.MotorName() + QString::number(axis), QStringLiteral("spiel"),
+                    backlash->text());
+    control_.Output(axisLetter('a', axis) + backlash->text() + QLatin1Char('#'));
+}
+
+// A whole number typed into a box, shown back as the board will get it. Anything else is
+// named in a message and sends nothing.
+std::optional<qint32> Motion::wholeSetting(QLineEdit* box, const QString& name, qint32 lowest) {
+    constexpr qint32 highest = 1000000;
+    const std::optional<qint32> number = wholeValIn(box->text(), lowest, highest);
+    if (!number) {
+        control_.platform().messageBox(QStringLiteral("%1: bitte eine ganze Zahl von %2 bis %3 "
+                                                      "eingeben")
+                                           .arg(name)
+                                           .arg(lowest)
+                                           .arg(highest),
+                                       MsgBox::Exclamation, QString());
+        return std::nullopt;
+    }
+    box->setText(QString::number(*number));
+    return number;
 }
 
 }  // namespace quendrix

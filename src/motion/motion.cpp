@@ -70,6 +70,10 @@ void Motion::connectPanel() {
                 guardedSlot(control_, [this, axis] { cbDrehrichtungArduino_Click(axis); }));
         connect(p.cbMikroschritt[axis], &QCheckBox::stateChanged, this,
                 guardedSlot(control_, [this, axis] { cbMikroschritt_Click(axis); }));
+        connect(p.Taktsetzen[axis], &QPushButton::clicked, this,
+                guardedSlot(control_, [this, axis] { Taktsetzen_Click(axis); }));
+        connect(p.cSpiel[axis], &QPushButton::clicked, this,
+                guardedSlot(control_, [this, axis] { cSpiel_Click(axis); }));
         const auto& options = axis == 0 ? p.micro0 : p.micro1;
         for (int k = 0; k < int(options.size()); ++k) {
             connect(options[k], &QRadioButton::toggled, this, [this, axis, k](bool selected) {

@@ -3,8 +3,10 @@
 #include <QObject>
 #include <QString>
 #include <array>
+#include <optional>
 
 class QCheckBox;
+class QLineEdit;
 class ctlQuendrix;
 
 namespace quendrix {
@@ -61,12 +63,15 @@ public:
     void cbDrehrichtungArduino_Click(int axis);
     void cbMikroschritt_Click(int axis);
     void micro_Click(int axis, int exponent);
+    void Taktsetzen_Click(int axis);
+    void cSpiel_Click(int axis);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void connectPanel();
+    std::optional<qint32> wholeSetting(QLineEdit* box, const QString& name, qint32 lowest);
     void jogPressed(bool up, int index);
     void jogReleased();
     void jogClicked(int index);

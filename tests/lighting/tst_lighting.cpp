@@ -145,24 +145,27 @@ private slots:
         QVERIFY(start(0, 2));
         control().setLocale(QLocale(QLocale::German, QLocale::Germany));
         TestPlatform& platform = rig_->platform;
-        platform.inputAnswers = {"200", "17", " 1.000 "};
+        platform.inputAnswers = {"200", "42", "17", " 1.000 "};
         control().Farbe(0);
+        control().Farbe(1);
         control().Farbe(2);  // green is "f": "g" would set the micro-steps
         control().Farbe(3);  // the range is only advised
-        QCOMPARE(rig_->takeCommands(), Commands({"w200!", "f17!", "b1000!"}));
+        QCOMPARE(rig_->takeCommands(), Commands({"w200!", "r42!", "f17!", "b1000!"}));
         QCOMPARE(lights().white, 200);
+        QCOMPARE(lights().red, 42);
         QCOMPARE(lights().green, 17);
         QCOMPARE(platform.inputs[0].prompt,
                  QStringLiteral("Intensität für weiß wählen (0...255; 0 = Mittelwert)"));
-        QCOMPARE(platform.inputs[2].title, QStringLiteral("Farbe einstellen"));
+        QCOMPARE(platform.inputs[1].prompt, QStringLiteral("Intensität für rot wählen (0...255)"));
+        QCOMPARE(platform.inputs[3].title, QStringLiteral("Farbe einstellen"));
 
         // Cancelled (no answer queued) and non-numeric entries send nothing.
         QCOMPARE(errorOf([&] { control().Farbe(1); }), int(RuntimeError::TypeMismatch));
         platform.inputAnswers = {"hell"};
         QCOMPARE(errorOf([&] { control().Farbe(1); }), int(RuntimeError::TypeMismatch));
-        QCOMPARE(platform.inputs[3].prompt, QStringLiteral("Intensität für rot wählen (0...255)"));
+        QCOMPARE(platform.inputs[5].prompt, QStringLiteral("Intensität für rot wählen (0...255)"));
         control().Farbe(4);
-        QCOMPARE(platform.inputs.size(), 5);
+        QCOMPARE(platform.inputs.size(), 6);
         QCOMPARE(rig_->takeCommands(), Commands());
     }
 };

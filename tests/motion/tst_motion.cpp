@@ -83,6 +83,9 @@ private slots:
         click(p_->Ab[3]);  // from normal speed: one pause command, then the nudge
         QCOMPARE(sent(), Commands({"s#", "w192#", "t16#"}));
         QCOMPARE(p_->Label8[0]->text(), QStringLiteral("L"));
+        click(p_->Check0[0]);  // the run box alone, with no pause around it
+        click(p_->Check0[0]);
+        QCOMPARE(sent(), Commands({"r#", "s#"}));
     }
 
     void hoveringTurnsTheDirectionWithTheNormalPause() {
@@ -99,6 +102,43 @@ private slots:
         QCOMPARE(sent(), Commands({"w12#", "z#", "w192#"}));
         QCOMPARE(p_->Label7[0]->text(), QStringLiteral("ê"));
         QCOMPARE(value(p_->Check0[6]), 2);
+
+        // The bellows axis makes the same round trip on its own speed box.
+        p_->obMotor[1]->setChecked(true);
+        click(p_->Check0[7]);  // normal -> slow
+        hover(p_->B_AUF[1]);
+        hover(p_->B_AUF[0]);  // already open: nothing
+        hover(p_->B_ZU[0]);
+        QCOMPARE(sent(), Commands({"W24#", "W12#", "V#", "W24#", "W12#", "Z#", "W24#"}));
+        QCOMPARE(p_->Label7[1]->text(), QStringLiteral("Ø×"));
+        QCOMPARE(value(p_->Check0[7]), 0);
+    }
+
+    // While a direction goes out, nothing of the axis can start it or change its timing; all
+    // of it is free again afterwards, even what was disabled before.
+    void turningTheDirectionLocksTheAxis() {
+        QVERIFY(start());
+        for (int axis : {0, 1}) {
+            QList<QWidget*> controls = {p_->Label7[axis], p_->Takt[axis], p_->Check0[axis],
+                                        p_->Check0[4 + axis]};
+            if (axis == 1)
+                controls << p_->B_AUF[0] << p_->B_ZU[0] << p_->B_AUF[1] << p_->B_ZU[1];
+            else
+                controls << p_->Auf[4] << p_->Ab[0] << p_->Ab[4] << p_->cmdHeben << p_->cmdSenken;
+            QList<bool> enabledMeanwhile;
+            QObject probe;
+            connect(p_->Check0[4 + axis], &QCheckBox::stateChanged, &probe, [&] {
+                for (QWidget* w : controls)
+                    enabledMeanwhile << w->isEnabled();
+            });
+            p_->Check0[axis]->setEnabled(false);
+            controls.last()->setEnabled(false);
+            hover(axis == 0 ? p_->Auf[1] : p_->B_AUF[1]);
+            QCOMPARE(sent(), Commands({axis == 0 ? "v#" : "V#"}));
+            QCOMPARE(enabledMeanwhile, QList<bool>(controls.size(), false));
+            for (QWidget* w : controls)
+                QVERIFY2(w->isEnabled(), qPrintable(w->objectName()));
+        }
     }
 
     void bellowsJogStopsOnlyOnTheLeftButton() {
@@ -117,6 +157,11 @@ private slots:
         QCOMPARE(sent(), Commands({"R#", "S#", "Z#", "R#"}));
         QVERIFY(rig_->board->axis(1).moving);
         QCOMPARE(p_->Label7[1]->text(), QStringLiteral("Ø×"));
+        p_->obMotor[1]->setChecked(true);
+        click(p_->Check0[1]);
+        click(p_->Check0[1]);
+        QCOMPARE(sent(), Commands({"R#", "S#"}));
+        QVERIFY(!rig_->board->axis(1).moving);
     }
 
     void speedModesFollowTheRigAndTheMotor_data() {
@@ -174,6 +219,14 @@ private slots:
         p_->Anheben->setText(QStringLiteral("30"));
         rig_->control->pAnheben();
         QCOMPARE(sent(), Commands({"t30#"}));
+        // A negative amount goes out signed in steps, as its size in millimetres.
+        p_->Anheben->setText(QStringLiteral("-30"));
+        click(p_->cmdSenken);
+        QCOMPARE(sent(), Commands({"z#", "t-30#"}));
+        rig_->control->setControltyp(0);
+        p_->Anheben->setText(QStringLiteral("-2.5"));
+        click(p_->cmdHeben);
+        QCOMPARE(sent(), Commands({"v#", "t800#"}));
         rig_->control->setControltyp(2);
         rig_->control->pAbsenken();
         rig_->control->pAnheben();
@@ -199,27 +252,86 @@ private slots:
         click(p_->micro1[2]);
         QCOMPARE(sent(), Commands({"G2#", "W2000#"}));
         QCOMPARE(rig_->board->axis(0).microExponent, 3);
+        QCOMPARE(rig_->board->axis(1).microExponent, 2);
+        QCOMPARE(p_->Taktpause[1]->text(), QStringLiteral("2000"));
+        QCOMPARE(quendrix::tag(p_->micro1[0]), QStringLiteral("2"));
+        QCOMPARE(quendrix::tag(p_->micro0[0]), QStringLiteral("3"));
+        QCOMPARE(rig_->control->ini(QStringLiteral("Platz01"), QStringLiteral("micro"), {}),
+                 QStringLiteral("2"));
 
         // Micro-stepping offered or not: the divisions are there to choose or not.
+        // Each axis has its own.
         p_->cbMikroschritt[0]->setEnabled(true);
+        p_->cbMikroschritt[1]->setEnabled(true);
         click(p_->cbMikroschritt[0]);
+        click(p_->cbMikroschritt[1]);
         QVERIFY(p_->Frame7->isEnabled() && p_->micro0[4]->isEnabled());
+        QVERIFY(p_->Frame8->isEnabled() && p_->micro1[0]->isEnabled());
         QCOMPARE(rig_->control->Mikroschritt0(), qint16(1));
+        QCOMPARE(rig_->control->Mikroschritt1(), qint16(1));
         click(p_->cbMikroschritt[0]);
         QVERIFY(!p_->Frame7->isEnabled() && !p_->micro0[4]->isEnabled());
+        QVERIFY(p_->Frame8->isEnabled() && p_->micro1[4]->isEnabled());
+        click(p_->cbMikroschritt[1]);
+        QCOMPARE(rig_->control->Mikroschritt1(), qint16(0));
+        for (QRadioButton* option : p_->micro1)
+            QVERIFY(!option->isEnabled());
+        QVERIFY(!p_->Frame8->isEnabled());
         QCOMPARE(sent(), Commands());
+    }
+
+    // "Takt setzen" and "Spiel setzen": the number typed goes to the board and into the
+    // settings; the full-step pause behind a pause is kept for the divisions. A text that is no
+    // usable number is named and sends nothing.
+    void timingAndBacklashAreSetFromTheirBoxes() {
+        QVERIFY(start());
+        quendrix::setTag(p_->micro0[0], QStringLiteral("3"));  // division 8 in force
+        p_->Taktpause[0]->setText(QStringLiteral(" 150 "));
+        p_->Taktsetzen[0]->click();
+        QCOMPARE(sent(), Commands({"w150#"}));
+        QCOMPARE(p_->Taktpause[0]->text(), QStringLiteral("150"));
+        QCOMPARE(quendrix::tag(p_->Taktpause[0]), QStringLiteral("1200"));
+        QCOMPARE(rig_->control->ini(QStringLiteral("Platz00"), QStringLiteral("Taktpause"), {}),
+                 QStringLiteral("1200"));
+        p_->SSTab1->setCurrentIndex(2);
+        click(p_->micro0[1]);  // division 2: the same speed
+        QCOMPARE(sent(), Commands({"g1#", "w600#"}));
+
+        p_->tSpiel[1]->setText(QStringLiteral("25"));
+        p_->cSpiel[1]->click();
+        QCOMPARE(sent(), Commands({"A25#"}));
+        QCOMPARE(rig_->link().backlash[1], 25);
+        QCOMPARE(rig_->control->ini(QStringLiteral("Platz01"), QStringLiteral("spiel"), {}),
+                 QStringLiteral("25"));
+
+        p_->Taktpause[1]->setText(QStringLiteral("schnell"));
+        p_->Taktsetzen[1]->click();
+        p_->tSpiel[0]->setText(QStringLiteral("-3"));
+        p_->cSpiel[0]->click();
+        QCOMPARE(sent(), Commands());
+        QCOMPARE(rig_->link().backlash[0], 0);
+        QCOMPARE(rig_->platform.messages.size(), 2);
+        QCOMPARE(rig_->platform.messages[0].prompt,
+                 QStringLiteral("Taktpause: bitte eine ganze Zahl von 1 bis 1000000 eingeben"));
+        QCOMPARE(rig_->platform.messages[1].prompt,
+                 QStringLiteral("Spiel: bitte eine ganze Zahl von 0 bis 1000000 eingeben"));
     }
 
     void switchesGoToTheBoardOnlyOnceReady() {
         QVERIFY(start());
         p_->SSTab1->setCurrentIndex(2);
         click(p_->cbEndschalter[1]);
+        click(p_->cbDrehrichtungArduino[0]);
+        click(p_->cbDrehrichtungArduino[1]);
         QCOMPARE(sent(), Commands());
         rig_->link().bBereit = true;
         click(p_->cbEndschalter[1]);
         click(p_->cbEndschalter[1]);
         click(p_->cbDrehrichtungArduino[0]);
-        QCOMPARE(sent(), Commands({"E0#", "E1#", "c1#"}));
+        click(p_->cbDrehrichtungArduino[1]);
+        click(p_->cbDrehrichtungArduino[1]);
+        QCOMPARE(sent(), Commands({"E0#", "E1#", "c0#", "C0#", "C1#"}));
+        QCOMPARE(rig_->board->axis(1).inversion, 1);
     }
 
     // Back on the operating tab from a settings tab, the ready board takes over what was edited

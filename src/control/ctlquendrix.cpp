@@ -224,7 +224,13 @@ void ctlQuendrix::Terminate() {
     // Any wait still running ends at once, and none starts any more.
     link_->terminate();
     waiter_->cancelAll();
-    if (panel_->Telnet1->state() != QAbstractSocket::UnconnectedState) panel_->Telnet1->close();
+    // A connected socket sends what it still holds before it closes; one still looking up or
+    // connecting would only be marked for closing, and connect later: that attempt is ended.
+    QTcpSocket* socket = panel_->Telnet1;
+    if (socket->state() != QAbstractSocket::UnconnectedState) socket->close();
+    if (socket->state() != QAbstractSocket::UnconnectedState &&
+        socket->state() != QAbstractSocket::ClosingState)
+        socket->abort();
 }
 
 // ---- Rig layout ----------------------------------------------------------------------------

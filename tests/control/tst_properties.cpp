@@ -1,6 +1,7 @@
 // The control shell: design-time properties, the container hooks with their property bag,
 // the INI file the control finds for itself, and the settings utilities it offers hosts.
 #include "control/hostfolder.h"
+#include "link/link.h"
 #include "settings/guard.h"
 #include "support/errors.h"
 #include "support/testplatform.h"
@@ -16,9 +17,12 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QTabWidget>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -31,6 +35,13 @@ void writeFile(const QString& path, const QByteArray& contents) {
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(contents);
+}
+
+// The first of `widgets` that is not shown (or not hidden) as asked, by name; empty when all are.
+QString firstNotShownAs(const QList<QWidget*>& widgets, bool shown) {
+    for (QWidget* widget : widgets)
+        if (widget->isHidden() == shown) return widget->objectName();
+    return {};
 }
 
 QStringList changedNames(const QSignalSpy& spy) {
@@ -170,30 +181,81 @@ private slots:
     void rigTypeRearrangesThePanel() {
         auto control = newControl();
         quendrix::Panel& p = *control->panel();
-        control->setControltyp(0);
-        QVERIFY(!p.Frame4->isHidden());
-        QVERIFY(p.OptikFaktor->isHidden());
-        QCOMPARE(p.SSTab1->tabText(1), QStringLiteral("Objektive"));
-        p.SSTab1->setCurrentIndex(2);
-        control->setControltyp(1);
-        QCOMPARE(p.SSTab1->currentIndex(), 0);
-        for (QWidget* axis1 : std::initializer_list<QWidget*>{
-                 p.FrameM[1], p.Frame[1], p.FrameP[1], p.cbDrehrichtungArduino[1],
-                 p.cbEndschalter[1], p.cbMikroschritt[1], p.ENC[1], p.lblEncoder[1], p.Takt[1],
-                 p.Label7[1], p.Label8[1], p.obMotor[1], p.Frame4})
-            QVERIFY2(axis1->isHidden(), qPrintable(axis1->objectName()));
-        QVERIFY(!p.cbOptik->isHidden() && !p.OptikFaktor->isHidden());
-        QCOMPARE(p.Label41->text(), QStringLiteral("Anheben [Schritte]"));
-        QCOMPARE(p.obMotor[1]->text(), QStringLiteral("Optik"));
-        control->setControltyp(2);
-        QCOMPARE(p.Licht[0]->text(), QStringLiteral("Durchlicht"));
-        QCOMPARE(p.Label4[4]->text(), QStringLiteral("Mitte"));
-        QVERIFY(p.obMotor[0]->isChecked());
-        QCOMPARE(p.Schicht->text(), QStringLiteral("Schicht: 0"));
-        QVERIFY(!p.Combine->isEnabled());
+        QCOMPARE(p.SSTab1->tabText(1), QStringLiteral("Optik"));
+        // What only the bellows rig shows: the second axis, its settings and its frames.
+        const QList<QWidget*> bellows = {
+            p.FrameM[1],        p.Frame[1],          p.FrameP[1], p.cbDrehrichtungArduino[1],
+            p.cbEndschalter[1], p.cbMikroschritt[1], p.ENC[1],    p.lblEncoder[1],
+            p.Takt[1],          p.Label7[1],         p.Label8[1], p.obMotor[1],
+            p.Shape1[1],        p.Image1[1],         p.Frame4a,   p.Frame4};
+        const QList<QWidget*> lensesOnly = {p.Synchron, p.NeuObjektiv, p.Balgenauszug};
+        // Each step starts from the layout before it; 2 then 0 then 1 shows that type 1 hides
+        // the optics slider that type 2 showed and type 0 left alone.
+        for (const qint16 type : {0, 1, 2, 0, 1}) {
+            // A tab, an axis and a counted plane the layout has to take back.
+            p.SSTab1->setCurrentIndex(3);
+            QCOMPARE(p.cbOptik->toolTip(),
+                     QStringLiteral("Objektiv auswählen oder neues Objektiv eingeben"));
+            p.SSTab1->setCurrentIndex(1);
+            QCOMPARE(p.cbOptik->toolTip(), QStringLiteral("Objektiv auswählen"));
+            p.SSTab1->setCurrentIndex(2);
+            QVERIFY(p.cbOptik->toolTip().endsWith(u"neues Objektiv eingeben"));
+            p.obMotor[1]->setChecked(true);
+            control->Schicht_Click();
+            QVERIFY(p.Combine->isEnabled());
+
+            control->setControltyp(type);
+            QCOMPARE(p.SSTab1->currentIndex(), 0);
+            QCOMPARE(p.cbOptik->toolTip(), QStringLiteral("Objektiv auswählen"));
+            QVERIFY(p.obMotor[0]->isChecked() && !p.FrameT[0]->isHidden());
+            QCOMPARE(p.Schicht->text(), QStringLiteral("Schicht: 0"));
+            QVERIFY(!p.Combine->isEnabled());
+            if (type == 0) {
+                QCOMPARE(
+                    firstNotShownAs(bellows + QList<QWidget*>{p.Balgenauszug, p.cbOptik}, true),
+                    QString());
+                QCOMPARE(firstNotShownAs({p.OptikFaktor, p.Frame1, p.Frame5}, false), QString());
+                QCOMPARE(p.obMotor[1]->text(), QStringLiteral("Balgen"));
+                QCOMPARE(p.SSTab1->tabText(1), QStringLiteral("Objektive"));
+            } else if (type == 1) {
+                QCOMPARE(firstNotShownAs({p.Frame1, p.Frame5, p.Frame6, p.Label4[4], p.Image1[4],
+                                          p.cbOptik, p.OptikFaktor},
+                                         true),
+                         QString());
+                QCOMPARE(firstNotShownAs(bellows + lensesOnly +
+                                             QList<QWidget*>{p.Slider2, p.Licht[1], p.HScroll1[1],
+                                                             p.cbEndschalter[0],
+                                                             p.cbMikroschritt[0], p.micro0[0],
+                                                             p.micro0[1], p.micro0[2], p.micro0[3]},
+                                         false),
+                         QString());
+                QCOMPARE(p.Label4[2]->text() + "|" + p.Label4[3]->text(),
+                         QStringLiteral("Reset|Präp."));
+                QCOMPARE(p.Label41->text(), QStringLiteral("Anheben [Schritte]"));
+                QCOMPARE(p.obMotor[1]->text(), QStringLiteral("Optik"));
+            } else {
+                QCOMPARE(firstNotShownAs({p.Frame1, p.Frame5, p.Slider2, p.cbOptik, p.OptikFaktor},
+                                         true),
+                         QString());
+                QCOMPARE(firstNotShownAs(
+                             bellows + lensesOnly +
+                                 QList<QWidget*>{p.Frame6, p.Image1[2], p.Image1[3], p.Image1[4],
+                                                 p.Shape1[2], p.Shape1[3], p.Shape1[4]},
+                             false),
+                         QString());
+                QCOMPARE(
+                    p.Label4[2]->text() + "|" + p.Label4[3]->text() + "|" + p.Label4[4]->text(),
+                    QStringLiteral("Oben|Unten|Mitte"));
+                QCOMPARE(p.lblOptik->font().pointSize(), 14);
+                QCOMPARE(p.Licht[0]->text() + "|" + p.Licht[1]->text(),
+                         QStringLiteral("Durchlicht|Auflicht"));
+                QCOMPARE(p.obMotor[1]->text(), QStringLiteral("Optik"));
+            }
+        }
         // An unknown rig type keeps the panel as it is.
         control->setControltyp(7);
-        QCOMPARE(p.Licht[0]->text(), QStringLiteral("Durchlicht"));
+        QVERIFY(p.Slider2->isHidden() && !p.Frame6->isHidden());
+        QCOMPARE(p.obMotor[1]->text() + "|" + p.Label4[2]->text(), QStringLiteral("Optik|Reset"));
     }
 
     void startsWithMicroSteppingAndTheBellowsFrameDisabled() {
@@ -251,6 +313,50 @@ private slots:
 
         // The rig type restored from the bag lays the panel out without a change report.
         QCOMPARE(restored->panel()->obMotor[1]->text(), QStringLiteral("Optik"));
+
+        // Away from its default, every entry is written, in the order hosts have always seen.
+        control->setCaption(QStringLiteral("Stativ links"));
+        control->setMikroschritt1(2);
+        control->setMotorArt1(2);
+        control->setMotorName(QStringLiteral("Platz2"));
+        control->setAzOffset(-1.5);
+        control->setBrennweite(60);
+        control->setKameratyp(QStringLiteral("EOS R"));
+        control->panel()->lblSehfeld->setText(QStringLiteral("12.5"));
+        PropertyBag full;
+        control->WriteProperties(full);
+        QStringList entries;
+        for (const QString& name : full.names())
+            entries << name + "=" + full.ReadProperty(name).toString();
+        QCOMPARE(entries, QStringList({"Caption=Stativ links", "Mikroschritt0=1", "Mikroschritt1=2",
+                                       "MotorArt0=1", "MotorArt1=2", "Kennung=@",
+                                       "inifile=/nowhere/host_L.ini", "MotorName=Platz2",
+                                       "AzOffset=-1.5", "Sensorbreite=23.6", "Brennweite=60",
+                                       "Kameratyp=EOS R", "Sehfeld=12.5", "Controltyp=2"}));
+    }
+
+    // Going away ends any wait at once and leaves no socket open.
+    void terminateEndsWaitsAndClosesTheSocket() {
+        QTcpServer board;
+        QVERIFY(board.listen(QHostAddress::LocalHost));
+        auto control = newControl();
+        QTcpSocket* socket = control->Telnet1();
+        socket->connectToHost(QHostAddress::LocalHost, board.serverPort());
+        QVERIFY(socket->waitForConnected(5000) && board.waitForNewConnection(5000));
+        QTcpSocket* peer = board.nextPendingConnection();
+        control->link()->bQuittiert = false;
+        control->Terminate();
+        QVERIFY(control->link()->bQuittiert);
+        QCOMPARE(socket->state(), QAbstractSocket::UnconnectedState);
+        QVERIFY(peer->state() == QAbstractSocket::UnconnectedState ||
+                peer->waitForDisconnected(5000));
+
+        // A connection still being made is given up, not left to complete later.
+        auto connecting = newControl();
+        connecting->Telnet1()->connectToHost(QHostAddress::LocalHost, board.serverPort());
+        QCOMPARE(connecting->Telnet1()->state(), QAbstractSocket::ConnectingState);
+        connecting->Terminate();
+        QCOMPARE(connecting->Telnet1()->state(), QAbstractSocket::UnconnectedState);
     }
 
     void fieldOfViewIsRestoredIntoLabelToolTipAndSlider() {

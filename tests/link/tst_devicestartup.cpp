@@ -16,6 +16,7 @@
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QSlider>
 #include <QTemporaryDir>
 
 using Commands = QStringList;
@@ -30,11 +31,13 @@ class TestDeviceStartup : public QObject {
 
     // A board of this kind, the control set for the rig type with `ini` as its settings file
     // (motor name "Stativ", camera "EOS").
-    bool start(Rig kind, qint16 controltyp, const QByteArray& ini, bool motorPowerOff = false) {
+    bool start(Rig kind, qint16 controltyp, const QByteArray& ini, bool motorPowerOff = false,
+               bool microSteps = true) {
         rig_ = std::make_unique<SimRig>();
         quendrix::sim::Options options;
         options.rig = kind;
         options.motorPowerOff = motorPowerOff;
+        options.microSteps = microSteps;
         if (!rig_->start(options)) return false;
         ctlQuendrix& c = control();
         c.setLocale(QLocale(QLocale::German, QLocale::Germany));
@@ -85,6 +88,7 @@ private slots:
         QCOMPARE(control().motion()->maxPosition[1], 4050);
         QCOMPARE(control().stacking()->Serie, 10);
         QVERIFY(p.Licht[0]->isChecked() && p.obMotor[0]->isChecked());
+        QVERIFY(p.cbMikroschritt[0]->isEnabled() && p.cbMikroschritt[1]->isEnabled());
         QVERIFY(p.Frame4->isEnabled() && p.B_AUF[0]->isEnabled());  // the bellows can be used
 
         // The panel, held still while it was filled, paints and lays itself out again.
@@ -107,6 +111,7 @@ private slots:
                   "MaxPosition=3000\nPosition=250\nEndschalter=1\nspiel=2\n"
                   "[EOS]\nBildbreite=23,6\nbasisaufloesungx=6000\nzwischenringev=12\n"
                   "[Verzeichnis]\nSerie=77\n"));
+        QCOMPARE(quendrix::tag(panel().Slider1), QString());
         // Boxes set from the settings send nothing of their own (no "e", no "r", no micro-step
         // command for the bellows rig): only the sequence itself goes out.
         QCOMPARE(startUp(), Commands({"?#",      "?0#",  "w100#",  "m120000#", "p1200#", "c1#",
@@ -130,31 +135,39 @@ private slots:
         QVERIFY(p.Check0[0]->isChecked() && !p.Check0[1]->isChecked());
         QCOMPARE(p.BBeginn[0]->text() + "|" + p.BEnde[0]->text() + "|" + p.Ebenen->text(),
                  "1000|5000|35");
+        // The stack is planned from them: 4000 steps in 35 planes of 114 steps, 0.57 mm each.
+        QCOMPARE(p.Schrittzahl->text() + "|" + p.Weglaenge->text(), "114|19,95");
+        QCOMPARE(quendrix::tag(p.Slider1), "OK");
         QCOMPARE(p.Sensor_breite->text() + "|" + p.Zwischenringe->text(), "23,6|12");
         QCOMPARE(control().stacking()->Serie, 77);
         QVERIFY(!p.Frame13[1]->isHidden() && p.Frame13[0]->isHidden() && p.Licht[3]->isChecked());
     }
 
+    // The one light channel takes its brightness; the second channel's is not read.
     void lensChangerTakesItsCaptions() {
         QVERIFY(start(Rig::LensChanger, 1,
-                      "[Stativ0]\nTaktpause=300\nObjektiv0=Makro 60\nObjektiv2=Lupe 5x\n"));
+                      "[Stativ0]\nTaktpause=300\nObjektiv0=Makro 60\nObjektiv2=Lupe 5x\n"
+                      "helligkeit0=40\n[Stativ1]\nhelligkeit1=70\n"));
         const QString third = panel().lbObjektiv[3]->text();
         QCOMPARE(startUp(), Commands({"?#", "w300#", "m1#", "p0#", "c0#", "t1#", "l0#", "a0#"}));
         QCOMPARE(panel().lbObjektiv[0]->text(), "Makro 60");
         QCOMPARE(panel().lbObjektiv[2]->text(), "Lupe 5x");
         QCOMPARE(panel().lbObjektiv[3]->text(), third);
+        QCOMPARE(panel().HScroll1[0]->value() + panel().HScroll1[1]->value() * 1000, 40 + 255000);
         QVERIFY(rig_->link().bBereit);
     }
 
     // The division goes to the board at once; a second start-up sends the same sequence again.
     void singleAxisStand() {
         QVERIFY(start(Rig::Microscope, 2,
-                      "[Stativ0]\nMikroschritte=1\nmicro=2\nTaktpause=400\nstufe=-3\n"));
+                      "[Stativ0]\nMikroschritte=1\nmicro=2\nTaktpause=400\nstufe=-3\n"
+                      "helligkeit0=40\n[Stativ1]\nhelligkeit1=70\n"));
         const Commands rest = {"w-1500#", "g-3#", "m1#", "p0#", "c0#",
                                "t1#",     "b#",   "l0#", "L0#", "a0#"};
         QCOMPARE(startUp(), Commands({"?#", "?0#", "g2#", "h0#", "w100#"}) + rest);
         QCOMPARE(rig_->board->axis(0).microExponent, 2);
         QCOMPARE(panel().Anheben->text(), "0");
+        QCOMPARE(panel().HScroll1[0]->value() + panel().HScroll1[1]->value() * 1000, 40 + 70000);
 
         // The rig is ready now, yet the limit-switch box set from the settings still sends
         // nothing of its own.
@@ -164,6 +177,22 @@ private slots:
         QCOMPARE(quendrix::tag(panel().micro0[0]), "0");
         QVERIFY(panel().cbEndschalter[0]->isChecked());
         QCOMPARE(messages(), QStringList());
+    }
+
+    // A board that cannot switch micro-steps has its boxes closed, whatever an earlier board
+    // offered. The first light module is chosen and told its type before the lights go on.
+    void bellowsWithoutDivisionsAndTheFirstLightModule() {
+        QVERIFY(start(Rig::Bellows, 0, "[Stativ]\nDLicht=1\n[Stativ0]\nhelligkeit0=90\n", false,
+                      false));
+        panel().cbMikroschritt[0]->setEnabled(true);
+        panel().cbMikroschritt[1]->setEnabled(true);
+        const Commands sent = startUp();
+        QCOMPARE(sent.mid(sent.indexOf("A0#")), Commands({"A0#", "m0!", "t5!", "l1!", "d90!"}));
+        quendrix::Panel& p = panel();
+        QVERIFY(!p.cbMikroschritt[0]->isEnabled() && !p.cbMikroschritt[1]->isEnabled());
+        QVERIFY(p.Licht[2]->isChecked() && !p.Licht[0]->isChecked());
+        QCOMPARE(p.HScroll1[2]->value() + p.HScroll1[0]->value() * 1000, 90 + 255000);
+        QVERIFY(!p.Frame13[0]->isHidden() && p.Frame13[1]->isHidden());
     }
 
     void identification_data() {

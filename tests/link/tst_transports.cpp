@@ -128,6 +128,18 @@ private slots:
         if (!socket) QCOMPARE(quendrix::tag(control_->MSComm1()), QStringLiteral("A1"));
     }
 
+    // Lines an acknowledgement left waiting are evaluated by the next command, even when the
+    // board says nothing more.
+    void aCommandEvaluatesTheLinesLeftWaiting() {
+        openSerial();
+        board_.delay = -1;
+        link_->bQuittiert = true;
+        link_->sRest = QStringLiteral("q #77 ~70 |B\r\n");
+        control_->Output(QStringLiteral("r#"));
+        QCOMPARE(link_->AchsPosition[0], 77);
+        QCOMPARE(link_->sRest, QString());
+    }
+
     void acknowledgementTiming() {
         openSerial();
         link_->bQuittiert = true;
@@ -174,10 +186,12 @@ private slots:
         openSocket();
         link_->bQuittiert = false;
         link_->sErwartet = QStringLiteral("T|");
-        board_.write("qX\r\n");  // first character decides on the socket
-        settle();
-        QVERIFY(!link_->bQuittiert);
-        QCOMPARE(link_->sLetzteZeile, QStringLiteral("qX"));
+        for (const char* status : {"qX\r\n", "QX\r\n", "&X\r\n", "@X\r\n"}) {
+            board_.write(status);  // first character decides on the socket
+            settle();
+            QVERIFY2(!link_->bQuittiert, status);
+        }
+        QCOMPARE(link_->sLetzteZeile, QStringLiteral("@X"));
         board_.write("\r\n");  // a block that is exactly a line end is ignored
         settle();
         QVERIFY(!link_->bQuittiert);

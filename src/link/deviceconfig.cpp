@@ -3,7 +3,10 @@
 //
 // A setting needed as a number counts by its leading number, and a text without one as 0; a
 // number beyond any range, or a value the panel has nothing for (a sixth micro-step division, a
-// third light module), counts as the setting's default and is reported. Boxes whose own
+// third light module), counts as the setting's default and is reported. A display computed from
+// the settings (millimetres, extension, field of view) that they give nothing to compute with
+// (no steps per revolution, a lens focused at infinity) is left as it was (runQuietly); the
+// board is configured all the same. Boxes whose own
 // handlers would talk to the board are set quietly: the sequences send what the board needs
 // themselves.
 #include "lighting/lighting.h"
@@ -42,14 +45,6 @@ constexpr int kDivisions = 5;  // micro-step exponents 0 to 4
 // A number as the board reads it: no blanks, a decimal point.
 QString commandNumber(double value) {
     return doubleToText(value, QLocale::c());
-}
-
-// A display that is computed from the settings (millimetres, extension, field of view). Settings
-// it cannot compute with (no steps per revolution, a lens focused at infinity, a text that is no
-// number) leave that display as it was; the board is configured all the same.
-template <typename Update>
-void refresh(Update&& update) {
-    runQuietly(std::forward<Update>(update));
 }
 
 // The steps of the sequences, each reading its keys and sending its commands.
@@ -131,7 +126,8 @@ public:
     void pause(int axis, const QString& byDefault) {
         QLineEdit* box = p_.Taktpause[axis];
         setTag(box, numberText(axis, "Taktpause", byDefault));
-        box->setText(microStepPause(Val(tag(box)), exponentInForce(axis), control_.locale()));
+        box->setText(
+            microStepPause(Val(tag(box)), motion_.exponentInForce(axis), control_.locale()));
         send('w', axis, Trim(box->text()));
     }
 
@@ -165,7 +161,7 @@ public:
         link_.AchsPosition[axis] = steps;
         p_.lblPosition1[axis]->setText(QString::number(steps));
         std::optional<QString> mm;
-        refresh([&] {
+        runQuietly([&] {
             mm = formatNumber(motion_.Schritte_in_mm(axis, steps).mm, QStringLiteral("##,##0.00"),
                               control_.locale());
         });
@@ -229,10 +225,7 @@ public:
         p_.BBeginn[0]->setText(numberText(0, "Beginn", p_.BBeginn[0]->text()));
         p_.BEnde[0]->setText(numberText(0, "Ende", p_.BEnde[0]->text()));
     }
-    void seriesCounter() {
-        control_.stacking()->Serie =
-            numbers_.wholeNumber(QStringLiteral("Verzeichnis"), QStringLiteral("Serie"), "10");
-    }
+    void seriesCounter() { control_.stacking()->Serie = control_.stacking()->seriesLength(); }
 
     // The brightness bars are set without sending: the lights follow once they are switched.
     void brightness(int channel, int axis, const char* key) {
@@ -271,14 +264,14 @@ public:
     // brightness through the bar's own handler.
     void bellowsFinish() {
         control_.Beleuchtung(1);
-        refresh([&] { control_.optics()->updateExtension(); });
+        runQuietly([&] { control_.optics()->updateExtension(); });
         if (p_.Label9->text().contains(u"mm"))
-            refresh([&] {
+            runQuietly([&] {
                 p_.lblPosition[0]->setText(formatNumber(motion_.Schritte_in_mm(0, -1).mm,
                                                         QStringLiteral("##,##0.000"),
                                                         control_.locale()));
             });
-        refresh([&] { control_.optics()->BildGroesse(); });
+        runQuietly([&] { control_.optics()->BildGroesse(); });
         const qint16 mode = control_.lighting()->DLicht;
         QScrollBar* bar = p_.HScroll1[mode < 1 ? 0 : mode + 1];
         emit bar->valueChanged(bar->value());
@@ -320,12 +313,6 @@ private:
         return number(axis, key, QStringLiteral("0")) == 1 ? 1 : 0;
     }
 
-    // The exponent the first division button keeps (the board may have told it, see ?0#).
-    int exponentInForce(int axis) const {
-        return wholeValIn(tag(axis == 0 ? p_.micro0[0] : p_.micro1[0]), 0, kDivisions - 1)
-            .value_or(0);
-    }
-
     // A width in mm as the control's locale writes it ("22,5"), else its leading number.
     float singleIn(const QString& text) const {
         try {
@@ -357,7 +344,7 @@ void Startup::configureBellowsRig() {
     rig.raiseAmount(QStringLiteral("30"));
     rig.lightingMode();
     rig.camera();
-    refresh([&] { control_.calibration()->load(); });
+    runQuietly([&] { control_.calibration()->load(); });
 
     rig.queryAxis(0);
     rig.drive(0, QStringLiteral("1"), QStringLiteral("1600"));
@@ -378,7 +365,7 @@ void Startup::configureBellowsRig() {
     rig.startTime(0);
     rig.stage(0);
     rig.stackRange();
-    refresh([&] { control_.stacking()->Ebenen_Change(); });
+    runQuietly([&] { control_.stacking()->Ebenen_Change(); });
     rig.seriesCounter();
 
     rig.queryAxis(1);
@@ -392,7 +379,7 @@ void Startup::configureBellowsRig() {
     rig.encoderRange(1);
     rig.travel(1, QStringLiteral("4050"));
     setTag(panel_.Slider1, QStringLiteral("OK"));
-    refresh([&] { control_.Balgen_einstellen(); });
+    runQuietly([&] { control_.Balgen_einstellen(); });
     rig.position(1);
     rig.internalDirection(1);
     rig.switches(1);

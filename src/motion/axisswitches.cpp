@@ -12,7 +12,6 @@
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QRadioButton>
-#include <algorithm>
 #include <cmath>
 
 namespace quendrix {
@@ -58,6 +57,11 @@ void Motion::micro_Click(int axis, int exponent) {
     control_.Output(axisLetter('w', axis) + pause->text() + QLatin1Char('#'));
 }
 
+int Motion::exponentInForce(int axis) const {
+    const auto& options = axis == 0 ? panel_.micro0 : panel_.micro1;
+    return wholeValIn(tag(options[0]), 0, int(options.size()) - 1).value_or(0);
+}
+
 // "Takt setzen": the pause typed is the pause per step of the division in force, and the board
 // takes it at once. The full-step pause behind it is kept (the box's tag, and the settings
 // file), so that a later division keeps this speed.
@@ -65,9 +69,8 @@ void Motion::Taktsetzen_Click(int axis) {
     QLineEdit* pause = panel_.Taktpause[axis];
     const std::optional<qint32> typed = wholeSetting(pause, QStringLiteral("Taktpause"), 1);
     if (!typed) return;
-    const QString exponentTag = tag(axis == 0 ? panel_.micro0[0] : panel_.micro1[0]);
-    const int exponent = std::clamp(int(Val(exponentTag)), 0, 16);
-    setTag(pause, QString::number(toLong(double(*typed) * std::pow(2.0, exponent))));
+    const double fullStep = double(*typed) * std::pow(2.0, exponentInForce(axis));
+    setTag(pause, QString::number(toLong(fullStep)));
     control_.setini(control_.MotorName() + QString::number(axis), QStringLiteral("Taktpause"),
                     tag(pause));
     control_.Output(axisLetter('w', axis) + pause->text() + QLatin1Char('#'));

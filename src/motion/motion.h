@@ -64,6 +64,9 @@ public:
     void cbMikroschritt_Click(int axis);
     void micro_Click(int axis, int exponent);
     void Taktsetzen_Click(int axis);
+    // The micro-step exponent in force on the axis, as its first division button keeps it (the
+    // board may have told it, see ?0#); 0 when it keeps none the panel offers.
+    int exponentInForce(int axis) const;
     void cSpiel_Click(int axis);
 
 protected:

@@ -140,7 +140,6 @@ void Stacking::Fortsetzung() {
     showProgress();
 }
 
-// The number of pictures of an averaging series, kept in the settings.
 qint32 Stacking::seriesLength() {
     return control_.settingNumbers().wholeNumber(QStringLiteral("Verzeichnis"),
                                                  QStringLiteral("Serie"), QStringLiteral("10"));

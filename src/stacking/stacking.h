@@ -51,6 +51,8 @@ public:
     void Reset(qint16 axis);
     void Image1_MouseUp(int index, int button);
     void Kamera_aktiv(bool enabled);
+    // The number of pictures of an averaging series, kept in the settings.
+    qint32 seriesLength();
 
     // The plane spacing the optics suggest for an aperture and a circle of confusion (mm), and
     // the planes it takes over the planned range; see stepadvisor.h.
@@ -67,7 +69,6 @@ private:
     void takePosition(QLineEdit* field, int button);
     void raiseFieldOfView();
     QString layerCount() const;
-    qint32 seriesLength();
     void showProgress();
 
     ctlQuendrix& control_;

@@ -227,10 +227,11 @@ void ctlQuendrix::Terminate() {
     // A connected socket sends what it still holds before it closes; one still looking up or
     // connecting would only be marked for closing, and connect later: that attempt is ended.
     QTcpSocket* socket = panel_->Telnet1;
-    if (socket->state() != QAbstractSocket::UnconnectedState) socket->close();
-    if (socket->state() != QAbstractSocket::UnconnectedState &&
-        socket->state() != QAbstractSocket::ClosingState)
+    const QAbstractSocket::SocketState state = socket->state();
+    if (state == QAbstractSocket::HostLookupState || state == QAbstractSocket::ConnectingState)
         socket->abort();
+    else if (state != QAbstractSocket::UnconnectedState)
+        socket->close();
 }
 
 // ---- Rig layout ----------------------------------------------------------------------------

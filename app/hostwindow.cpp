@@ -1,37 +1,121 @@
 #include "hostwindow.h"
 
+#include "fusion/fusion.h"
+#include "fusion/preview.h"
+#include "session/capturesession.h"
+#include "session/picturefolder.h"
+
+#include <quendrix/Panel.h>
 #include <quendrix/ctlQuendrix.h>
 
 #include <QCloseEvent>
+#include <QComboBox>
+#include <QDir>
 #include <QDockWidget>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QImageReader>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
+#include <QMouseEvent>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSettings>
+#include <QSpinBox>
 #include <QStatusBar>
 #include <QTime>
-#include <QTimer>
+#include <QVBoxLayout>
 
-HostWindow::HostWindow() : panel_(new ctlQuendrix(this)), pictures_(new QListWidget) {
+namespace {
+QString native(const QString& path) {
+    return QDir::toNativeSeparators(path);
+}
+}  // namespace
+
+HostWindow::HostWindow()
+    : panel_(new ctlQuendrix(this)),
+      session_(new CaptureSession(*panel_, this)),
+      fusion_(new Fusion(this)),
+      preview_(new FusionPreview(this)),
+      pictures_(new QListWidget),
+      picture_(new QLabel),
+      fusionProgress_(new QProgressBar),
+      cancelFusion_(new QPushButton(QStringLiteral("Abbrechen"))) {
     setWindowTitle(QStringLiteral("Quendrix"));
     panel_->setObjectName(QStringLiteral("Quendrix"));
     setCentralWidget(panel_);
 
+    auto* side = new QWidget;
+    auto* column = new QVBoxLayout(side);
+    pictures_->setObjectName(QStringLiteral("Aufnahmenliste"));
+    picture_->setObjectName(QStringLiteral("Vorschau"));
+    picture_->setAlignment(Qt::AlignCenter);
+    picture_->setMinimumSize(300, 225);
+    picture_->setText(QStringLiteral("Noch kein Stapel"));
+    fusionProgress_->setObjectName(QStringLiteral("Kombinieren"));
+    fusionProgress_->setFormat(QStringLiteral("%p %"));
+    fusionProgress_->setVisible(false);
+    cancelFusion_->setObjectName(QStringLiteral("KombinierenAbbrechen"));
+    cancelFusion_->setVisible(false);
+    auto* progressRow = new QHBoxLayout;
+    progressRow->addWidget(fusionProgress_, 1);
+    progressRow->addWidget(cancelFusion_);
+    column->addWidget(pictures_, 1);
+    column->addWidget(picture_, 1);
+    column->addLayout(progressRow);
+    column->addWidget(buildCameraBox());
+
     auto* dock = new QDockWidget(QStringLiteral("Aufnahmen"), this);
     dock->setObjectName(QStringLiteral("Aufnahmen"));
     dock->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);
-    pictures_->setObjectName(QStringLiteral("Aufnahmenliste"));
-    dock->setWidget(pictures_);
+    dock->setWidget(side);
     addDockWidget(Qt::RightDockWidgetArea, dock);
-    resizeDocks({dock}, {280}, Qt::Horizontal);
+    resizeDocks({dock}, {340}, Qt::Horizontal);
     statusBar()->showMessage(QStringLiteral("Steuerung wird gesucht …"));
 
-    connect(panel_, &ctlQuendrix::Schicht, this, &HostWindow::takePicture);
-    connect(panel_, &ctlQuendrix::Kopie, this,
-            [this] { note(QStringLiteral("Kopie aufgenommen")); });
-    connect(panel_, &ctlQuendrix::Mittelwert, this, [this](const QString& count) {
-        note(QStringLiteral("Mittelwert aus %1 Bildern berechnet").arg(count.trimmed()));
+    connect(session_, &CaptureSession::pictureTaken, this,
+            [this](int plane, const QString& file, qint64 position) {
+                note(QStringLiteral("Bild %1 aufgenommen (%2 Schritte): %3")
+                         .arg(plane)
+                         .arg(position)
+                         .arg(QFileInfo(file).fileName()));
+                if (plane == 1) preview_->reset();
+                preview_->offer(session_->runPictures());
+            });
+    connect(session_, &CaptureSession::copyTaken, this, [this](const QString& file) {
+        note(QStringLiteral("Kopie aufgenommen: %1").arg(native(file)));
     });
-    connect(panel_, &ctlQuendrix::Kombinieren, this, [this](const QString& count) {
-        note(QStringLiteral("%1 Bilder zum Stapel kombiniert").arg(count.trimmed()));
+    connect(session_, &CaptureSession::averaged, this, [this](const QString& file, int count) {
+        note(QStringLiteral("Mittelwert aus %1 Bildern: %2").arg(count).arg(native(file)));
+        showPicture(QImage(file));
     });
+    connect(session_, &CaptureSession::combineRequested, this, &HostWindow::combine);
+    connect(session_, &CaptureSession::failed, this, &HostWindow::report);
+    connect(preview_, &FusionPreview::ready, this, [this](const QImage& image) {
+        if (!fusion_->running()) showPicture(image);
+    });
+    connect(fusion_, &Fusion::progress, this, [this](int percent, const QString& stage) {
+        fusionProgress_->setValue(percent);
+        fusionProgress_->setFormat(stage + QStringLiteral("  %p %"));
+    });
+    connect(fusion_, &Fusion::finished, this, [this](const QString& file) {
+        fusionProgress_->setVisible(false);
+        cancelFusion_->setVisible(false);
+        note(QStringLiteral("Stapel kombiniert: %1").arg(native(file)));
+        statusBar()->showMessage(QStringLiteral("Stapel kombiniert: %1").arg(native(file)));
+        QImageReader reader(file);
+        reader.setAutoTransform(true);
+        showPicture(reader.read());
+    });
+    connect(fusion_, &Fusion::failed, this, [this](const QString& message) {
+        fusionProgress_->setVisible(false);
+        cancelFusion_->setVisible(false);
+        report(message);
+    });
+    connect(cancelFusion_, &QPushButton::clicked, fusion_, &Fusion::cancel);
+    panel_->panel()->AutoKomb->installEventFilter(this);
     connect(panel_, &ctlQuendrix::SehfeldNeu, this, [this](const QString& width) {
         statusBar()->showMessage(QStringLiteral("Bildbreite %1 mm").arg(width.trimmed()));
     });
@@ -41,6 +125,122 @@ HostWindow::HostWindow() : panel_(new ctlQuendrix(this)), pictures_(new QListWid
         statusBar()->showMessage(ready ? QStringLiteral("Bereit")
                                        : QStringLiteral("Steuerung nicht bereit"));
     });
+}
+
+HostWindow::~HostWindow() = default;
+
+QWidget* HostWindow::buildCameraBox() {
+    auto* box = new QWidget;
+    auto* form = new QFormLayout(box);
+    form->setContentsMargins(0, 0, 0, 0);
+    cameraKind_ = new QComboBox;
+    cameraKind_->setObjectName(QStringLiteral("Kamera"));
+    cameraKind_->addItem(QStringLiteral("Simuliert"), QStringLiteral("sim"));
+    cameraKind_->addItem(QStringLiteral("Befehl"), QStringLiteral("command"));
+    cameraKind_->addItem(QStringLiteral("gphoto2 (USB)"), QStringLiteral("gphoto2"));
+    captureCommand_ = new QLineEdit;
+    captureCommand_->setObjectName(QStringLiteral("Aufnahmebefehl"));
+    captureCommand_->setPlaceholderText(
+        QStringLiteral("gphoto2 --capture-image-and-download --filename {file}"));
+    captureCommand_->setToolTip(QStringLiteral(
+        "{file}: die Bilddatei, {plane}: die Schicht (ab 1), {position}: Achse 0 in Schritten"));
+    captureTimeout_ = new QSpinBox;
+    captureTimeout_->setObjectName(QStringLiteral("Zeitlimit"));
+    captureTimeout_->setRange(1, 86400);
+    captureTimeout_->setSuffix(QStringLiteral(" s"));
+    picturesRoot_ = new QLineEdit;
+    picturesRoot_->setObjectName(QStringLiteral("Bilderordner"));
+    form->addRow(QStringLiteral("Kamera"), cameraKind_);
+    form->addRow(QStringLiteral("Befehl"), captureCommand_);
+    form->addRow(QStringLiteral("Zeitlimit"), captureTimeout_);
+    form->addRow(QStringLiteral("Bilder in"), picturesRoot_);
+    connect(cameraKind_, &QComboBox::activated, this, &HostWindow::applyCamera);
+    connect(captureCommand_, &QLineEdit::editingFinished, this, &HostWindow::applyCamera);
+    connect(captureTimeout_, &QSpinBox::editingFinished, this, &HostWindow::applyCamera);
+    connect(picturesRoot_, &QLineEdit::editingFinished, this, &HostWindow::applyCamera);
+    return box;
+}
+
+void HostWindow::setCamera(const CameraChoice& choice, std::function<double()> focus,
+                           const QString& picturesRoot) {
+    focus_ = std::move(focus);
+    const QSettings stored;
+    cameraKind_->setCurrentIndex(qMax(0, cameraKind_->findData(choice.kind)));
+    captureCommand_->setText(!choice.command.isEmpty()
+                                 ? choice.command
+                                 : stored.value(QStringLiteral("capture/command")).toString());
+    captureTimeout_->setValue(choice.timeoutSeconds);
+    picturesRoot_->setText(
+        native(!picturesRoot.isEmpty()
+                   ? picturesRoot
+                   : stored.value(QStringLiteral("capture/pictures"), picturefolder::defaultRoot())
+                         .toString()));
+    applyCamera();
+}
+
+// The camera as the box says; a choice that cannot work says why and leaves no camera, so no
+// run goes on without its pictures.
+void HostWindow::applyCamera() {
+    if (session_->capturing()) {
+        report(QStringLiteral("Die Kamera wird nach der laufenden Aufnahme gewechselt."));
+        QMetaObject::invokeMethod(this, &HostWindow::applyCamera, Qt::QueuedConnection);
+        return;
+    }
+    CameraChoice choice;
+    choice.kind = cameraKind_->currentData().toString();
+    choice.command = captureCommand_->text().trimmed();
+    choice.timeoutSeconds = captureTimeout_->value();
+    captureCommand_->setEnabled(choice.kind == u"command");
+    captureTimeout_->setEnabled(choice.kind == u"command");
+    QSettings stored;
+    stored.setValue(QStringLiteral("capture/command"), choice.command);
+    stored.setValue(QStringLiteral("capture/pictures"), picturesRoot_->text().trimmed());
+    session_->setPicturesRoot(QDir::fromNativeSeparators(picturesRoot_->text().trimmed()));
+    QString error;
+    session_->setCamera(choice.make(focus_, &error));
+    if (!error.isEmpty()) report(error);
+}
+
+void HostWindow::combine(const QStringList& pictures, const QString& output) {
+    note(QStringLiteral("%1 Bilder werden kombiniert …").arg(pictures.size()));
+    if (fusion_->running()) {
+        report(QStringLiteral("Es wird noch ein Stapel kombiniert; dieser bleibt unkombiniert."));
+        return;
+    }
+    preview_->reset();
+    fusionProgress_->setValue(0);
+    fusionProgress_->setVisible(true);
+    cancelFusion_->setVisible(true);
+    fusion_->start(pictures, output);
+}
+
+void HostWindow::showPicture(const QImage& picture) {
+    if (picture.isNull()) return;
+    picture_->setPixmap(QPixmap::fromImage(
+        picture.scaled(picture_->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation)));
+}
+
+bool HostWindow::eventFilter(QObject* watched, QEvent* event) {
+    const bool click = (event->type() == QEvent::MouseButtonRelease &&
+                        static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) ||
+                       (event->type() == QEvent::KeyRelease &&
+                        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space);
+    if (click && watched == panel_->panel()->AutoKomb) keepStackWithinPlan();
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void HostWindow::keepStackWithinPlan() {
+    quendrix::Panel& p = *panel_->panel();
+    bool beginIsNumber = false, endIsNumber = false;
+    const QString begin = p.BBeginn[0]->text(), end = p.BEnde[0]->text();
+    const qint64 from = begin.trimmed().toLongLong(&beginIsNumber);
+    const qint64 to = end.trimmed().toLongLong(&endIsNumber);
+    if (!beginIsNumber || !endIsNumber || from >= to) return;
+    p.BBeginn[0]->setText(end);
+    p.BEnde[0]->setText(begin);
+    note(QStringLiteral("Der Stapel läuft abwärts: er beginnt bei %1 und endet bei %2 Schritten.")
+             .arg(to)
+             .arg(from));
 }
 
 void HostWindow::note(const QString& text) {
@@ -53,23 +253,14 @@ void HostWindow::report(const QString& problem) {
     statusBar()->showMessage(problem);
 }
 
-// The run waits until the picture is saved: released at once here, it would move on while
-// the camera still exposes.
-void HostWindow::takePicture(const QString& number) {
-    panel_->SetOK(false);
-    const QString plane = number.trimmed();
-    QTimer::singleShot(kExposureMs, this, [this, plane] {
-        note(QStringLiteral("Bild %1 aufgenommen").arg(plane));
-        panel_->SetOK(true);
-    });
-}
-
 void HostWindow::closeEvent(QCloseEvent* event) {
     // A rig that never came into service has not read its settings: writing the panel's
     // defaults back would overwrite them.
     if (ready_ && !shutDown_) {
         shutDown_ = true;
         statusBar()->showMessage(QStringLiteral("Steuerung wird abgeschaltet …"));
+        fusion_->cancel();
+        session_->setCamera(nullptr);
         try {
             panel_->Motor_Abschalten();
         } catch (const std::exception& error) {

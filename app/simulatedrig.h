@@ -14,6 +14,8 @@ public:
     // Plays the board of rig type `controltyp` (0 bellows, 1 lens changer, 2 microscope).
     bool start(int controltyp, QString* error);
     QString devicePath() const { return pty_ ? pty_->devicePath() : QString(); }
+    // Where an axis really stands, in steps (what the simulated camera focuses at).
+    double axisPosition(int axis) const { return board_ ? board_->axis(axis).position : 0; }
 
 private:
     QElapsedTimer clock_;

@@ -1,0 +1,256 @@
+#include "session/capturesession.h"
+
+#include "session/average.h"
+#include "session/picturefolder.h"
+
+#include <quendrix/Panel.h>
+#include <quendrix/ctlQuendrix.h>
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QTimer>
+#include <QtConcurrent>
+
+namespace {
+const QString kActive = QStringLiteral("aktiv");
+
+QString native(const QString& path) {
+    return QDir::toNativeSeparators(path);
+}
+}  // namespace
+
+CaptureSession::CaptureSession(ctlQuendrix& panel, QObject* parent)
+    : QObject(parent), panel_(panel) {
+    root_ = picturefolder::defaultRoot();
+    connect(&panel_, &ctlQuendrix::Schicht, this, &CaptureSession::onSchicht);
+    connect(&panel_, &ctlQuendrix::Kopie, this, &CaptureSession::onKopie);
+    connect(&panel_, &ctlQuendrix::Mittelwert, this, &CaptureSession::onMittelwert);
+    connect(&panel_, &ctlQuendrix::Kombinieren, this, &CaptureSession::onKombinieren);
+    connect(&averaging_, &QFutureWatcher<QString>::finished, this, [this] {
+        const QString problem = averaging_.result();
+        if (problem.isEmpty())
+            emit averaged(averageFile_, averageCount_);
+        else
+            emit failed(QStringLiteral("Mittelwert nicht berechnet: ") + problem);
+    });
+}
+
+CaptureSession::~CaptureSession() {
+    if (camera_) camera_->cancel();
+    averaging_.waitForFinished();
+}
+
+void CaptureSession::setCamera(std::unique_ptr<Camera> camera) {
+    if (camera_) {
+        camera_->cancel();
+        camera_->release();
+    }
+    pending_.reset();
+    camera_ = std::move(camera);
+    if (!camera_) return;
+    connect(camera_.get(), &Camera::captured, this, &CaptureSession::onCaptured);
+    connect(camera_.get(), &Camera::failed, this, &CaptureSession::onCameraFailed);
+}
+
+void CaptureSession::setPicturesRoot(const QString& root) {
+    root_ = root;
+    fixedFolder_.clear();
+    folder_.clear();
+    kind_ = RunKind::None;
+}
+
+void CaptureSession::setFixedFolder(const QString& dir) {
+    fixedFolder_ = dir;
+    folder_ = dir;
+}
+
+// The position the panel shows for axis 0, in motor steps.
+qint64 CaptureSession::axisPosition() const {
+    return panel_.panel()->lblPosition1[0]->text().trimmed().toLongLong();
+}
+
+bool CaptureSession::beginRun(RunKind kind) {
+    kind_ = kind;
+    pictures_.clear();
+    copies_ = 0;
+    if (camera_) camera_->release();
+    if (!fixedFolder_.isEmpty()) {
+        folder_ = fixedFolder_;
+        return true;
+    }
+    folder_.clear();
+    return ensureFolder();
+}
+
+bool CaptureSession::ensureFolder() {
+    if (!folder_.isEmpty()) return true;
+    QString error;
+    folder_ = picturefolder::makeRunFolder(root_, QDateTime::currentDateTime(), &error);
+    if (folder_.isEmpty()) emit failed(error);
+    return !folder_.isEmpty();
+}
+
+void CaptureSession::onSchicht(const QString& number) {
+    panel_.SetOK(false);
+    if (swallowTail()) {
+        panel_.Zuruecksetzen();  // the counter the stray request raised
+        panel_.SetOK(true);
+        return;
+    }
+    const int plane = number.trimmed().toInt();
+    if (pending_) {
+        // The panel stops waiting for a picture after 31 s and asks for the next one.
+        stopRun(QStringLiteral("Die Steuerung verlangt Bild %1, während Bild %2 noch "
+                               "aufgenommen wird: die Kamera braucht zu lange.")
+                    .arg(plane)
+                    .arg(pending_->shot.plane));
+        return;
+    }
+    if (!camera_) {
+        stopRun(QStringLiteral("Keine Kamera gewählt."));
+        return;
+    }
+    const RunKind kind =
+        quendrix::tag(panel_.panel()->Mittelw) == kActive ? RunKind::Series : RunKind::Stack;
+    if ((plane == 1 || kind != kind_ || folder_.isEmpty()) && !beginRun(kind)) {
+        panel_.SetOK(true);
+        return;
+    }
+    const QString stem =
+        kind == RunKind::Series ? QStringLiteral("series") : QStringLiteral("plane");
+    const QString file = QDir(folder_).filePath(picturefolder::pictureName(stem, plane, suffix_));
+    capture(Shot{file, plane, axisPosition()}, false);
+}
+
+void CaptureSession::onKopie() {
+    if (pending_) {
+        emit failed(QStringLiteral("Keine Kopie: Bild %1 wird noch aufgenommen.")
+                        .arg(pending_->shot.plane));
+        return;
+    }
+    if (!camera_) {
+        emit failed(QStringLiteral("Keine Kamera gewählt."));
+        return;
+    }
+    if (!ensureFolder()) return;
+    QString file;
+    do {
+        file = QDir(folder_).filePath(
+            picturefolder::pictureName(QStringLiteral("copy"), ++copies_, suffix_));
+    } while (QFileInfo::exists(file));
+    capture(Shot{file, copies_, axisPosition()}, true);
+}
+
+void CaptureSession::capture(const Shot& shot, bool copy) {
+    pending_ = Pending{shot, copy};
+    camera_->capture(shot);
+}
+
+void CaptureSession::onCaptured(const QString& file) {
+    if (!pending_) return;
+    const Pending done = *pending_;
+    pending_.reset();
+    const QFileInfo info(file);
+    if (!info.isFile() || info.size() == 0) {
+        onCameraFailed(QStringLiteral("Die Kamera meldet Bild %1 als aufgenommen, aber %2 fehlt "
+                                      "oder ist leer.")
+                           .arg(done.shot.plane)
+                           .arg(native(file)));
+        return;
+    }
+    if (done.copy) {
+        emit copyTaken(file);
+        return;
+    }
+    pictures_ << file;
+    emit pictureTaken(done.shot.plane, file, done.shot.position);
+    panel_.SetOK(true);
+}
+
+void CaptureSession::onCameraFailed(const QString& message) {
+    const bool copy = pending_ && pending_->copy;
+    pending_.reset();
+    if (copy)
+        emit failed(QStringLiteral("Kopie nicht aufgenommen: ") + message);
+    else
+        stopRun(message);
+}
+
+void CaptureSession::stopRun(const QString& message) {
+    pending_.reset();
+    if (camera_) {
+        camera_->cancel();
+        camera_->release();
+    }
+    quendrix::Panel& p = *panel_.panel();
+    const bool stack = quendrix::tag(p.AutoKomb) == kActive;
+    const bool series = quendrix::tag(p.Mittelw) == kActive;
+    if (stack) {
+        // The operator's abort: letting go of the right button on the stack button.
+        QMouseEvent release(QEvent::MouseButtonRelease, QPointF(1, 1), QPointF(1, 1),
+                            Qt::RightButton, Qt::NoButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(p.AutoKomb, &release);
+    } else if (series) {
+        quendrix::setTag(p.Mittelw, QString());
+        panel_.Timer3()->stop();
+        panel_.Zuruecksetzen();
+    }
+    if (stack || series) {
+        // Released, the waiting run takes one more step: a last tick after the pause, or the
+        // end of an averaging series when it was at its last picture.
+        tailUntil_ =
+            QDeadlineTimer(qMax(0, p.wartezeit->text().trimmed().toInt()) + 2000, Qt::CoarseTimer);
+    }
+    kind_ = RunKind::None;
+    panel_.SetOK(true);
+    emit failed(message);
+}
+
+bool CaptureSession::swallowTail() {
+    if (tailUntil_.hasExpired() || tailUntil_.isForever()) return false;
+    const quendrix::Panel& p = *panel_.panel();
+    if (quendrix::tag(p.AutoKomb) == kActive || quendrix::tag(p.Mittelw) == kActive) return false;
+    tailUntil_ = QDeadlineTimer();
+    return true;
+}
+
+void CaptureSession::onMittelwert(const QString& count) {
+    if (swallowTail()) return;
+    if (kind_ != RunKind::Series || pictures_.isEmpty()) {
+        emit failed(QStringLiteral("Mittelwert aus %1 Bildern verlangt, aber keine Bilder der "
+                                   "Serie vorhanden.")
+                        .arg(count.trimmed()));
+        return;
+    }
+    if (averaging_.isRunning()) {
+        emit failed(QStringLiteral("Der vorige Mittelwert wird noch berechnet."));
+        return;
+    }
+    averageFile_ = QDir(folder_).filePath(QStringLiteral("mean.") + suffix_);
+    for (int n = 2; QFileInfo::exists(averageFile_); ++n)
+        averageFile_ = QDir(folder_).filePath(QStringLiteral("mean-%1.%2").arg(n).arg(suffix_));
+    averageCount_ = int(pictures_.size());
+    averaging_.setFuture(QtConcurrent::run(averagePictures, pictures_, averageFile_));
+    kind_ = RunKind::None;
+}
+
+void CaptureSession::onKombinieren(const QString& count) {
+    if (kind_ != RunKind::Stack || pictures_.size() < 2) {
+        emit failed(QStringLiteral("Kombinieren von %1 Bildern verlangt, aber nur %2 Bilder des "
+                                   "Stapels vorhanden.")
+                        .arg(count.trimmed())
+                        .arg(pictures_.size()));
+        return;
+    }
+    QString output = QDir(folder_).filePath(QStringLiteral("combined.") + suffix_);
+    for (int n = 2; QFileInfo::exists(output); ++n)
+        output = QDir(folder_).filePath(QStringLiteral("combined-%1.%2").arg(n).arg(suffix_));
+    if (camera_) camera_->release();
+    emit combineRequested(pictures_, output);
+}

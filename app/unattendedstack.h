@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <optional>
+
+class CaptureSession;
+class Fusion;
+class ctlQuendrix;
+
+// A stack from FROM to TO motor steps on axis 0 in PLANES intervals (PLANES + 1 pictures).
+struct StackRequest {
+    qint32 from = 0;
+    qint32 to = 0;
+    qint32 planes = 0;
+
+    // Reads "FROM:TO:PLANES"; empty, with *error naming what is wrong, when it cannot be run.
+    static std::optional<StackRequest> parse(const QString& text, QString* error);
+};
+
+// A stack nobody watches: once the rig is in service it plans the stack on the panel and
+// starts it with the panel's own stack button, so the panel's timer and release handshake run
+// it; the session takes the pictures. One line per picture goes to the standard output, and
+// with fusion "combined: PATH" at the end. finished() carries the exit code.
+class UnattendedStack : public QObject {
+    Q_OBJECT
+public:
+    UnattendedStack(ctlQuendrix& panel, CaptureSession& session, StackRequest request, bool combine,
+                    QObject* parent = nullptr);
+    ~UnattendedStack() override;
+
+    // Starts the stack on the rig now in service (ready: whether it came into service).
+    void start(bool ready);
+
+signals:
+    void finished(int exitCode);
+
+private:
+    // Why the panel cannot run this stack on this rig, or empty.
+    QString outOfRange() const;
+    void onPicture(int plane, const QString& file, qint64 position);
+    void onCombine(const QStringList& pictures, const QString& output);
+    void fail(const QString& message);
+    void finish(int exitCode);
+
+    ctlQuendrix& panel_;
+    CaptureSession& session_;
+    StackRequest request_;
+    bool combine_;
+    Fusion* fusion_ = nullptr;
+    QString lastStage_;
+    bool done_ = false;
+};

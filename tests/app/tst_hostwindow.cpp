@@ -154,6 +154,52 @@ private slots:
         QVERIFY2(noiseOfOne > 1 && noiseOfMean < 0.7 * noiseOfOne,
                  qPrintable(QString("one %1, mean %2").arg(noiseOfOne).arg(noiseOfMean)));
     }
+
+    // A picture that cannot be taken stops the run where it is: no further picture is asked
+    // for, the counter is back at 0, and what the camera said reaches the photographer.
+    void aFailedPictureStopsTheRun() {
+        const QString script = dir_.filePath("failingcamera.sh");
+        QFile file(script);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(
+            "#!/bin/sh\nif [ \"$2\" = 2 ]; then echo 'memory card full'; exit 1; fi\n"
+            "printf x > \"$1\"\n");
+        file.close();
+        file.setPermissions(file.permissions() | QFileDevice::ExeOwner);
+        HostWindow& window = open({"command", script + " {file} {plane}", 10});
+        quendrix::Panel& p = *window.panel().panel();
+        p.BBeginn[0]->setText("80");
+        p.BEnde[0]->setText("0");
+        p.Ebenen->setText("4");
+        QStringList asked;
+        connect(&window.panel(), &ctlQuendrix::Schicht, this,
+                [&](const QString& nr) { asked << nr; });
+        QSignalSpy failed(&window.session(), &CaptureSession::failed);
+        QSignalSpy ended(&window.panel(), &ctlQuendrix::Kombinieren);
+        QSignalSpy averaged(&window.panel(), &ctlQuendrix::Mittelwert);
+        p.AutoKomb->click();
+        QTRY_VERIFY_WITH_TIMEOUT(!failed.isEmpty(), 20000);
+        QVERIFY(failed.first().value(0).toString().contains("memory card full"));
+        QTest::qWait(500);  // longer than the pause: the panel would have asked again by now
+        QCOMPARE(asked.mid(0, 2), QStringList({"1", "2"}));
+        QCOMPARE(window.session().runPictures().size(), 1);
+        QCOMPARE(quendrix::tag(p.AutoKomb), QString());
+        QVERIFY(!window.panel().Timer3()->isActive());
+        QCOMPARE(p.Schicht->text(), QStringLiteral("Schicht: 0"));
+        QVERIFY(ended.isEmpty() && averaged.isEmpty() && failed.size() == 1);
+
+        // The next stack runs as usual.
+        file.remove();
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("#!/bin/sh\nprintf x > \"$1\"\n");
+        file.close();
+        file.setPermissions(file.permissions() | QFileDevice::ExeOwner);
+        p.Ebenen->setText("2");
+        asked.clear();
+        p.AutoKomb->click();
+        QTRY_VERIFY_WITH_TIMEOUT(!ended.isEmpty(), 20000);
+        QCOMPARE(asked, QStringList({"1", "2", "3"}));
+    }
 };
 
 QTEST_MAIN(TestHostWindow)

@@ -1,22 +1,13 @@
 #pragma once
 
+#include "session/stackrequest.h"
+
 #include <QObject>
 #include <QString>
-#include <optional>
 
 class CaptureSession;
 class Fusion;
 class ctlQuendrix;
-
-// A stack from FROM to TO motor steps on axis 0 in PLANES intervals (PLANES + 1 pictures).
-struct StackRequest {
-    qint32 from = 0;
-    qint32 to = 0;
-    qint32 planes = 0;
-
-    // Reads "FROM:TO:PLANES"; empty, with *error naming what is wrong, when it cannot be run.
-    static std::optional<StackRequest> parse(const QString& text, QString* error);
-};
 
 // A stack nobody watches: once the rig is in service it plans the stack on the panel and
 // starts it with the panel's own stack button, so the panel's timer and release handshake run

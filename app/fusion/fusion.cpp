@@ -13,6 +13,7 @@
 #include <array>
 #include <exception>
 #include <filesystem>
+#include <span>
 #include <system_error>
 
 namespace {
@@ -33,17 +34,19 @@ struct Phase {
     const char* stage;
 };
 
-// Shares measured on stacks of 24-megapixel pictures: finding control points and enfuse's
-// pyramids take the most time.
+// Shares of the whole measured on 20 pictures of 24 megapixels (9 minutes in all): control
+// points 3 %, remapping 46 %, enfuse reading the pictures and weighing their contrast 41 %,
+// the pyramids 8 %.
 constexpr std::array kAlignPhases{
-    Phase{"Creating control points between", 0, 40, Phase::Pairs, "Ausrichten %1/%2"},
-    Phase{"Optimizing Variables", 40, 42, Phase::Once, "Ausrichten: Optimieren"},
-    Phase{"remapping ", 42, 60, Phase::Pictures, "Umrechnen %1/%2"},
+    Phase{"Creating control points between", 0, 4, Phase::Pairs, "Ausrichten %1/%2"},
+    Phase{"Optimizing Variables", 4, 5, Phase::Once, "Ausrichten: Optimieren"},
+    Phase{"remapping ", 5, 50, Phase::Pictures, "Umrechnen %1/%2"},
 };
 constexpr std::array kEnfusePhases{
-    Phase{"loading next image", 60, 70, Phase::Pictures, "Verschmelzen: Laden %1/%2"},
-    Phase{"generating Laplacian pyramid", 70, 95, Phase::Pictures, "Verschmelzen %1/%2"},
-    Phase{"collapsing Laplacian pyramid", 95, 99, Phase::Once, "Verschmelzen: Zusammensetzen"},
+    Phase{"loading next image", 50, 91, Phase::Pictures, "Verschmelzen: Laden %1/%2"},
+    Phase{"creating hard blend mask", 91, 92, Phase::Once, "Verschmelzen: Maske"},
+    Phase{"generating Laplacian pyramid", 92, 98, Phase::Pictures, "Verschmelzen %1/%2"},
+    Phase{"collapsing Laplacian pyramid", 98, 99, Phase::Once, "Verschmelzen: Zusammensetzen"},
 };
 
 QString sizeText(QSize size) {
@@ -63,9 +66,11 @@ QList<QSize> imageSizes(const QStringList& files) {
 // the pictures or the result are in, which must hold nothing else.
 QString scratchTemplate(const QStringList& foldersToKeepClean) {
     QString base = QDir::tempPath();
-    for (const QString& folder : foldersToKeepClean)
-        if (QDir(base) == QDir(folder))
-            base = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+    for (const QString& folder : foldersToKeepClean) {
+        if (QDir(base) != QDir(folder)) continue;
+        base = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+        if (base.isEmpty()) base = QDir::homePath();
+    }
     QDir().mkpath(base);
     return base + QStringLiteral("/quendrix-fusion-XXXXXX");
 }
@@ -131,10 +136,10 @@ QStringList Fusion::alignArguments(const QStringList& pictures, const QString& p
     // -s: control points are searched on a copy shrunk by 2^s, at most kSearchWidth pixels
     // wide; the pictures themselves are remapped at full size. The default (half size) is too
     // fine for large pictures: sensor noise and defocus blur grow with the pixel count while
-    // the correlation window stays the same. On a simulated stack of 20 pictures of
-    // 6000x4000, half size found too few points and gave up, a quarter let the chain of pairs
-    // drift by 30 to 40 pixels, an eighth kept every picture within about 3 pixels and took
-    // less time.
+    // the correlation window stays the same. On the simulated camera's stack of 20 pictures
+    // of 6000x4000, half size found so few points that it gave up or went far astray, a
+    // quarter let the chain of pairs drift by 30 to 40 pixels, an eighth kept every picture
+    // within about 3 pixels of where it belongs, and took less time than either.
     int scale = 1;
     while ((pictureSize.width() >> scale) > kSearchWidth)
         ++scale;
@@ -279,6 +284,9 @@ void Fusion::startFusing() {
         return;
     }
     partial_->close();
+    // The name stays reserved; enfuse creates the file anew, with the permissions any new file
+    // of the photographer's gets, not the private ones of a temporary file.
+    QFile::remove(partial_->fileName());
     stage_ = Stage::Fusing;
     startTool(enfuseProgram_, fuseArguments(aligned_, partial_->fileName()));
 }
@@ -375,7 +383,9 @@ void Fusion::onToolFinished(int exitCode, bool crashed) {
 }
 
 void Fusion::readProgress(const QString& line) {
-    const auto& phases = stage_ == Stage::Aligning ? kAlignPhases : kEnfusePhases;
+    const std::span<const Phase> phases = stage_ == Stage::Aligning
+                                              ? std::span<const Phase>(kAlignPhases)
+                                              : std::span<const Phase>(kEnfusePhases);
     for (int p = 0; p < int(phases.size()); ++p) {
         const Phase& phase = phases[p];
         if (!line.contains(QLatin1String(phase.marker))) continue;

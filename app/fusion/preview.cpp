@@ -146,25 +146,27 @@ void FusionPreview::fuse(quint64 generation, const QStringList& inputs) {
     process_->setWorkingDirectory(scratch_->path());
     // The capture has the machine first: the preview's enfuse yields the processor to it.
     process_->setChildProcessModifier([] { [[maybe_unused]] const int niceness = ::nice(10); });
-    connect(process_, &QProcess::finished, this,
-            [this, generation, result](int exitCode, QProcess::ExitStatus status) {
-                QProcess* process = process_;
-                process_ = nullptr;
-                process->deleteLater();
-                const bool loading = quietly([&] {
-                    if (status == QProcess::NormalExit && exitCode == 0) {
-                        load(generation, result);
-                        return;
-                    }
-                    QStringList said =
-                        QString::fromLocal8Bit(process->readAll()).split(QLatin1Char('\n'));
-                    said = said.mid(std::max<qsizetype>(0, said.size() - kTailLines));
-                    qWarning("Preview: enfuse failed (exit %d): %s", exitCode,
-                             qPrintable(said.join(QLatin1Char('\n'))));
-                    busy_ = false;
-                });
-                if (!loading) busy_ = false;
+    connect(
+        process_, &QProcess::finished, this,
+        [this, generation, result](int exitCode, QProcess::ExitStatus status) {
+            QProcess* process = process_;
+            process_ = nullptr;
+            process->deleteLater();
+            // Whatever goes wrong ends this preview only; the next offer starts a new one.
+            const bool handled = quietly([&] {
+                if (status == QProcess::NormalExit && exitCode == 0) {
+                    load(generation, result);
+                    return;
+                }
+                QStringList said =
+                    QString::fromLocal8Bit(process->readAll()).trimmed().split(QLatin1Char('\n'));
+                said = said.mid(std::max<qsizetype>(0, said.size() - kTailLines));
+                qWarning("Preview: enfuse failed (exit %d): %s", exitCode,
+                         qPrintable(said.join(QLatin1Char('\n'))));
+                busy_ = false;
             });
+            if (!handled) busy_ = false;
+        });
     connect(process_, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error != QProcess::FailedToStart) return;
         qWarning("Preview: enfuse cannot be started: %s", qPrintable(process_->errorString()));

@@ -1,8 +1,10 @@
 // The number semantics on any text, pattern and locale: Val, the conversions and the format
 // patterns fail only with a run-time error, and a number the component writes reads back.
+// The judgement of typed numbers never fails, and what it suggests typing is read as typed.
 #include "fuzzinput.h"
 #include "settings/numbers.h"
 #include "settings/textformat.h"
+#include "settings/typednumber.h"
 
 #include <QLocale>
 #include <cmath>
@@ -33,7 +35,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                       QLocale(QLocale::English, QLocale::UnitedStates),
                                       QLocale(QLocale::French, QLocale::France)};
     FuzzInput input(data, size);
-    const QLocale& locale = locales[input.byte() % std::size(locales)];
+    const std::uint8_t first = input.byte();
+    const QLocale& locale = locales[first % std::size(locales)];
+    // The rest of the first byte chooses how a box would read the text.
+    const unsigned bits = first / std::size(locales);
+    NumberBoxRule rule;
+    rule.readInLocale = bits & 2;
+    rule.readByVal = (bits & 1) || !rule.readInLocale;
+    rule.wholeNumber = bits & 4;
+    if (bits & 8) {
+        rule.lowest = 0;
+        rule.highest = 100000;
+    }
     const QString pattern = QString::fromUtf8(input.piece());
     const QString text = QString::fromUtf8(input.rest());
 
@@ -48,6 +61,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
               "a Single does not read back");
     } catch (const RuntimeError&) {
     }
+    const TypedNumber verdict = judgeTypedNumber(text, rule, locale);
+    check(verdict.asTyped == verdict.note.isEmpty(), "a mark without a note, or a note unmarked");
+    const qsizetype open = verdict.note.indexOf(u'„'), close = verdict.note.indexOf(u'“');
+    if (open >= 0 && close > open)
+        check(judgeTypedNumber(verdict.note.mid(open + 1, close - open - 1), rule, locale).asTyped,
+              "a suggested text is not read as typed");
+
     try {
         textToLong(text, locale);
     } catch (const RuntimeError&) {

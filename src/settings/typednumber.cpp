@@ -1,0 +1,169 @@
+#include "settings/typednumber.h"
+
+#include "settings/numbers.h"
+#include "settings/textformat.h"
+
+#include <QStringList>
+#include <cmath>
+#include <vector>
+
+namespace quendrix {
+
+namespace {
+
+// The whole part of a number (after its sign, before the decimal separator or the exponent)
+// holds group separators only between groups of three digits: "1.000.000", not "23.6".
+bool groupedInPlace(const QString& body, const QLocale& locale) {
+    const QString group = locale.groupSeparator();
+    if (group.isEmpty() || !body.contains(group)) return true;
+    qsizetype start = 0;
+    if (body.startsWith(u'+') || body.startsWith(u'-')) start = 1;
+    qsizetype end = body.indexOf(locale.decimalPoint(), start);
+    if (end < 0) end = body.size();
+    for (QChar exponent : {u'e', u'E'}) {
+        const qsizetype at = body.indexOf(exponent, start);
+        if (at >= 0 && at < end) end = at;
+    }
+    const QStringList groups = body.mid(start, end - start).split(group);
+    if (groups.first().isEmpty() || groups.first().size() > 3) return false;
+    for (qsizetype i = 1; i < groups.size(); ++i)
+        if (groups[i].size() != 3) return false;
+    return true;
+}
+
+// One way the panel reads the text: the number it takes, or the run-time error it raises.
+struct Reading {
+    std::optional<double> value;
+    int error = 0;
+};
+
+template <typename Convert>
+Reading readWith(Convert convert) {
+    try {
+        return {convert(), 0};
+    } catch (const RuntimeError& refused) {
+        return {std::nullopt, refused.number()};
+    }
+}
+
+std::vector<Reading> readingsOf(const QString& text, const NumberBoxRule& rule,
+                                const QLocale& locale) {
+    std::vector<Reading> readings;
+    if (rule.readByVal) readings.push_back(readWith([&] { return Val(text); }));
+    if (rule.readInLocale) readings.push_back(readWith([&] { return textToDouble(text, locale); }));
+    return readings;
+}
+
+bool allRead(const std::vector<Reading>& readings, double number) {
+    for (const Reading& reading : readings)
+        if (!reading.value || *reading.value != number) return false;
+    return true;
+}
+
+bool fits(double number, const NumberBoxRule& rule) {
+    if (rule.wholeNumber && number != std::floor(number)) return false;
+    return number >= rule.lowest && number <= rule.highest;
+}
+
+// "Erwartet: eine ganze Zahl von 1 bis 32766." for a box that expects anything in particular.
+QString expectation(const NumberBoxRule& rule, const QLocale& locale) {
+    const bool low = std::isfinite(rule.lowest), high = std::isfinite(rule.highest);
+    if (!low && !high && !rule.wholeNumber) return {};
+    QString what =
+        rule.wholeNumber ? QStringLiteral("eine ganze Zahl") : QStringLiteral("eine Zahl");
+    if (low && high)
+        what += QStringLiteral(" von %1 bis %2")
+                    .arg(doubleToText(rule.lowest, locale), doubleToText(rule.highest, locale));
+    else if (low)
+        what += QStringLiteral(" ab %1").arg(doubleToText(rule.lowest, locale));
+    else if (high)
+        what += QStringLiteral(" bis %1").arg(doubleToText(rule.highest, locale));
+    return QStringLiteral("Erwartet: %1.").arg(what);
+}
+
+// The numbers the panel took, each once: "Gelesen als 23 und als 23,6."
+QString understood(const std::vector<Reading>& readings, const QLocale& locale) {
+    QStringList numbers;
+    bool refused = false;
+    for (const Reading& reading : readings) {
+        if (!reading.value) {
+            refused = true;
+            continue;
+        }
+        const QString number = doubleToText(*reading.value, locale);
+        if (!numbers.contains(number)) numbers.append(number);
+    }
+    QStringList lines;
+    if (!numbers.isEmpty())
+        lines.append(
+            QStringLiteral("Gelesen als %1.").arg(numbers.join(QStringLiteral(" und als "))));
+    if (refused) lines.append(QStringLiteral("Wird so nicht angenommen."));
+    return lines.join(u'\n');
+}
+
+// A text that every reading of the box takes as `number`, in the locale's way if it can be.
+std::optional<QString> howToType(double number, const NumberBoxRule& rule, const QLocale& locale) {
+    for (const QString& text : {doubleToText(number, locale), doubleToText(number, QLocale::c())})
+        if (allRead(readingsOf(text, rule, locale), number)) return text;
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<double> meantNumber(const QString& text, const QLocale& locale) {
+    const QString body = text.trimmed();
+    if (body.isEmpty()) return std::nullopt;
+    try {
+        if (groupedInPlace(body, locale)) return textToDouble(body, locale);
+    } catch (const RuntimeError&) {
+    }
+    // A lone separator that is no group separator in its place is the decimal point.
+    qsizetype separators = 0, at = -1;
+    for (qsizetype i = 0; i < body.size(); ++i) {
+        if (body[i] == u'.' || body[i] == u',') {
+            ++separators;
+            at = i;
+        }
+    }
+    if (separators != 1) return std::nullopt;
+    QString plain = body;
+    plain[at] = u'.';
+    try {
+        return textToDouble(plain, QLocale::c());
+    } catch (const RuntimeError&) {
+        return std::nullopt;
+    }
+}
+
+TypedNumber judgeTypedNumber(const QString& text, const NumberBoxRule& rule,
+                             const QLocale& locale) {
+    const std::vector<Reading> readings = readingsOf(text, rule, locale);
+    const std::optional<double> meant = meantNumber(text, locale);
+    QStringList note;
+    if (meant && allRead(readings, *meant)) {
+        if (fits(*meant, rule)) return {};
+        note.append(rule.wholeNumber && *meant != std::floor(*meant)
+                        ? QStringLiteral("Keine ganze Zahl.")
+                        : QStringLiteral("Außerhalb des sinnvollen Bereichs."));
+    } else {
+        bool overflow = false;
+        for (const Reading& reading : readings)
+            overflow = overflow || reading.error == RuntimeError::Overflow;
+        if (overflow)
+            note.append(QStringLiteral("Zu groß für eine Zahl."));
+        else if (!meant)
+            note.append(text.trimmed().isEmpty() ? QStringLiteral("Leer.")
+                                                 : QStringLiteral("Keine Zahl."));
+        note.append(understood(readings, locale));
+        if (meant && fits(*meant, rule)) {
+            if (const std::optional<QString> typed = howToType(*meant, rule, locale))
+                note.append(QStringLiteral("Für %1 bitte „%2“ eingeben.")
+                                .arg(doubleToText(*meant, locale), *typed));
+        }
+    }
+    const QString expected = expectation(rule, locale);
+    if (!expected.isEmpty()) note.append(expected);
+    return {false, note.join(u'\n')};
+}
+
+}  // namespace quendrix

@@ -1,8 +1,10 @@
 // The control shell: design-time properties, container hooks and the settings utilities.
 #include <quendrix/ctlQuendrix.h>
 
+#include "control/changerclicks.h"
 #include "control/hostfolder.h"
 #include "control/riglayout.h"
+#include "control/typednumbermarks.h"
 #include "lighting/lighting.h"
 #include "link/link.h"
 #include "link/startup.h"
@@ -115,6 +117,8 @@ ctlQuendrix::ctlQuendrix(QWidget* parent)
         runGuarded(platform(), [&] { tabChanged(previous); });
     });
     Initialize();
+    new ChangerClicks(*this, *panel_);
+    new TypedNumberMarks(*this, *panel_);
 }
 
 ctlQuendrix::~ctlQuendrix() {

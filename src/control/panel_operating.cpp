@@ -311,7 +311,8 @@ void Panel::buildLensChanger(QWidget* page) {
     for (int i = 0; i < 5; ++i) {
         lbObjektiv[i] = readout(Frame6, element("lbObjektiv", i), QString::number(i + 1));
         lbObjektiv[i]->setAlignment(Qt::AlignCenter);
-        lbObjektiv[i]->setToolTip(QStringLiteral("Objektiv an Position %1").arg(i + 1));
+        lbObjektiv[i]->setToolTip(
+            QStringLiteral("Objektiv an Position %1; ein Klick schwenkt es ein").arg(i + 1));
         positions->addWidget(lbObjektiv[i]);
     }
     Frame6->hide();

@@ -5,9 +5,11 @@
 
 #include "control/panelkit.h"
 
+#include <QCursor>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QScrollBar>
+#include <QToolTip>
 
 namespace quendrix {
 
@@ -15,12 +17,23 @@ using namespace kit;
 
 namespace {
 
-// A brightness bar, 0..255.
+QString brightnessText(int value) {
+    return QStringLiteral("Helligkeit: %1").arg(value);
+}
+
+// A brightness bar, 0..255. Its tool tip tells the value, and while the bar is dragged the
+// value is shown beside the pointer.
 QScrollBar* brightness(QWidget* parent, int index) {
     auto* bar = make<QScrollBar>(parent, element("HScroll1", index));
     bar->setOrientation(Qt::Horizontal);
     bar->setRange(0, 255);
     bar->setMinimumWidth(200);
+    bar->setToolTip(brightnessText(bar->value()));
+    QObject::connect(bar, &QScrollBar::valueChanged, bar,
+                     [bar](int value) { bar->setToolTip(brightnessText(value)); });
+    QObject::connect(bar, &QScrollBar::sliderMoved, bar, [bar](int value) {
+        QToolTip::showText(QCursor::pos(), brightnessText(value), bar);
+    });
     return bar;
 }
 

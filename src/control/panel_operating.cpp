@@ -189,6 +189,12 @@ void Panel::buildBellows(QWidget* page) {
     auto* extension = layoutIn<QHBoxLayout>(Balgenauszug);
     Label6 = label(Balgenauszug, QStringLiteral("Label6"), QStringLiteral("Auszug [mm]"));
     lbAuszug = readout(Balgenauszug, QStringLiteral("lbAuszug"), QStringLiteral("0"));
+    // The extension stands clear of its frame, with room for three whole digits; the caption
+    // beside it keeps its whole text.
+    lbAuszug->setMargin(2);
+    lbAuszug->setMinimumWidth(lbAuszug->fontMetrics().horizontalAdvance(QStringLiteral("000,000")) +
+                              2 * (lbAuszug->frameWidth() + lbAuszug->margin()));
+    Label6->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Preferred);
     extension->addWidget(Label6);
     extension->addWidget(lbAuszug);
     Label18 = label(Frame4, QStringLiteral("Label18"), QStringLiteral("Bildbreite [mm]"));

@@ -335,6 +335,16 @@ private slots:
         QVERIFY(panel_->micro1[4]->isChecked());
     }
 
+    // A brightness bar has no scale: its tool tip tells the value set.
+    void brightnessBarsTellTheirValue() {
+        for (QScrollBar* bar : panel_->HScroll1) {
+            QVERIFY2(bar->toolTip().contains(QString::number(bar->value())),
+                     qPrintable(bar->objectName()));
+            bar->setValue(128);
+            QVERIFY2(bar->toolTip().contains(QStringLiteral("128")), qPrintable(bar->toolTip()));
+        }
+    }
+
 private:
     std::unique_ptr<QWidget> owner_;
     std::unique_ptr<Panel> panel_;

@@ -80,18 +80,10 @@ private slots:
         QVERIFY(p.Ebenen->palette().color(QPalette::Text) != planRed);
         QVERIFY(p.Ebenen->toolTip().isEmpty());
 
-        for (const QString& text :
-             {QStringLiteral("abc"), QStringLiteral("0"), QStringLiteral("-150")}) {
-            retype(p.wartezeit, text);
-            QVERIFY2(reddish(p.wartezeit->palette().color(QPalette::Base)), qPrintable(text));
-        }
+        retype(p.wartezeit, QStringLiteral("0"));
+        QVERIFY(reddish(p.wartezeit->palette().color(QPalette::Base)));
         retype(p.wartezeit, QStringLiteral("150"));
         QCOMPARE(p.wartezeit->palette().color(QPalette::Base), plain);
-
-        // The lead is read with Val, which stops at the comma.
-        retype(p.Steigung[1], QStringLiteral("1,25"));
-        QVERIFY2(p.Steigung[1]->toolTip().contains(QStringLiteral("„1.25“")),
-                 qPrintable(p.Steigung[1]->toolTip()));
     }
 
     // A click on a changer position turns the changer there, with the command that position's

@@ -4,6 +4,7 @@
 // with --board serial or wifi the real rig named in the settings. With --stack it runs one
 // stack without a window and quits.
 #include "camerachoice.h"
+#include "desktop/appicon.h"
 #include "hostwindow.h"
 #include "propertyrestore.h"
 #include "session/capturesession.h"
@@ -68,6 +69,7 @@ int main(int argc, char* argv[]) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("quendrix"));
     QApplication::setApplicationVersion(QStringLiteral("0.1"));
+    desktop::useApplicationIcon();
 
     QCommandLineParser options;
     options.setApplicationDescription(

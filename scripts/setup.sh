@@ -9,7 +9,7 @@ packages=(
     qt6-base-dev qt6-serialport-dev qt6-qpa-plugins libgl-dev
     fonts-dejavu-core
     qt6-image-formats-plugins libgphoto2-dev enfuse hugin-tools
-    librsvg2-bin
+    librsvg2-bin dpkg-dev desktop-file-utils
     "$@"
 )
 

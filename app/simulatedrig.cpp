@@ -1,11 +1,15 @@
 #include "simulatedrig.h"
 
-bool SimulatedRig::start(int controltyp, QString* error) {
+bool SimulatedRig::start(int controltyp, int motorArt0, QString* error) {
+    using quendrix::sim::Drive;
     using quendrix::sim::Rig;
     quendrix::sim::Options options;
     options.rig = controltyp == 1   ? Rig::LensChanger
                   : controltyp == 2 ? Rig::Microscope
                                     : Rig::Bellows;
+    // The changer rig's drive is the one the panel is set for: a stepper's moves are relative,
+    // a CAN drive's absolute.
+    options.drive = motorArt0 == 1 ? Drive::Can : motorArt0 == 2 ? Drive::Dc : Drive::Stepper;
     clock_.start();
     board_ = std::make_unique<quendrix::sim::Board>(options);
     pty_ = std::make_unique<quendrix::sim::PtyFrontEnd>(

@@ -8,7 +8,7 @@ packages=(
     cmake ninja-build g++ pkg-config
     qt6-base-dev qt6-serialport-dev qt6-qpa-plugins libgl-dev
     fonts-dejavu-core
-    qt6-image-formats-plugins libgphoto2-dev enfuse hugin-tools
+    qt6-image-formats-plugins qt6-translations-l10n libgphoto2-dev enfuse hugin-tools
     librsvg2-bin dpkg-dev desktop-file-utils
     "$@"
 )

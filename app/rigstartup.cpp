@@ -1,0 +1,161 @@
+#include "rigstartup.h"
+
+#include <quendrix/Panel.h>
+#include <quendrix/ctlQuendrix.h>
+
+#include <QDir>
+#include <QLineEdit>
+#include <QSerialPort>
+#include <QSignalBlocker>
+#include <QTcpSocket>
+#include <QTimer>
+
+namespace {
+
+// The device the serial port names, as the system knows it.
+QString deviceOf(const QSerialPort& port) {
+    const QString name = port.portName();
+#ifdef Q_OS_UNIX
+    if (!name.startsWith(QLatin1Char('/'))) return QStringLiteral("/dev/") + name;
+#endif
+    return name;
+}
+
+// Why a serial port did not open, in the words a photographer can act on.
+QString openFailure(const QSerialPort& port, bool german) {
+    switch (port.error()) {
+        case QSerialPort::DeviceNotFoundError:
+            return german ? QStringLiteral("dieses Gerät gibt es nicht")
+                          : QStringLiteral("there is no such device");
+        case QSerialPort::PermissionError:
+            return german ? QStringLiteral(
+                                "keine Berechtigung, oder ein anderes Programm "
+                                "benutzt den Anschluss")
+                          : QStringLiteral(
+                                "permission denied, or another program uses the "
+                                "port");
+        default:
+            return port.errorString();
+    }
+}
+
+}  // namespace
+
+RigStartup::RigStartup(ctlQuendrix& panel, Options::Board board) : panel_(panel), board_(board) {
+}
+
+bool RigStartup::run(double deadlineSeconds) {
+    deadline_ = deadlineSeconds;
+    const QMetaObject::Connection readiness = QObject::connect(
+        &panel_, &ctlQuendrix::Bereitschaft, [this](bool ready) { ready_ = ready_ || ready; });
+    QTimer deadline;
+    deadline.setSingleShot(true);
+    QObject::connect(&deadline, &QTimer::timeout, [this] {
+        timedOut_ = true;
+        panel_.Terminate();
+    });
+    if (deadlineSeconds > 0) deadline.start(int(deadlineSeconds * 1000));
+    try {
+        if (board_ == Options::Board::Wifi)
+            panel_.WiFi_Starten();
+        else
+            panel_.Comm_Starten();
+    } catch (const std::exception& error) {
+        failure_ = QString::fromLocal8Bit(error.what());
+    }
+    deadline.stop();
+    QObject::disconnect(readiness);
+    // A start-up cut short configured the board only in part.
+    ready_ = ready_ && !timedOut_ && failure_.isEmpty();
+    if (ready_) recalculatePlan();
+    return ready_;
+}
+
+// The lens changer and the microscope read the number of planes before the plan's start and
+// end, and only the bellows rig recalculates the plan after both: the planes are checked
+// against an empty range, turn red and give 0 steps, and a resumed plan would be refused.
+// The host recalculates it as an edit of the planes would.
+void RigStartup::recalculatePlan() {
+    QLineEdit* planes = panel_.panel()->Ebenen;
+    const QString text = planes->text();
+    {
+        const QSignalBlocker quiet(planes);
+        planes->clear();
+    }
+    planes->setText(text);
+}
+
+QString RigStartup::where(bool german) const {
+    const QString file = QDir::toNativeSeparators(panel_.inifile());
+    const QString section = panel_.MotorName();
+    if (board_ == Options::Board::Wifi) {
+        const QString address = panel_.ini(section, QStringLiteral("IP"), QString()).trimmed();
+        if (address.isEmpty())
+            return german ? QStringLiteral(
+                                "Für die WiFi-Steuerung ist keine Adresse eingetragen "
+                                "(„IP“ in [%1] von %2)")
+                                .arg(section, file)
+                          : QStringLiteral("no WiFi address is set (\"IP\" in [%1] of %2)")
+                                .arg(section, file);
+        return german ? QStringLiteral("Keine Steuerung unter %1 gefunden („IP“ in [%2] von %3)")
+                            .arg(address, section, file)
+                      : QStringLiteral("no rig found at %1 (\"IP\" in [%2] of %3)")
+                            .arg(address, section, file);
+    }
+    const QString port = panel_.panel()->ComPort->text();
+    const QString device = deviceOf(*panel_.MSComm1());
+    return german ? QStringLiteral("Keine Steuerung an %1 gefunden (Anschluss „%2“ in [%3] von %4)")
+                        .arg(device, port, section, file)
+                  : QStringLiteral("no rig found on %1 (port \"%2\" in [%3] of %4)")
+                        .arg(device, port, section, file);
+}
+
+QString RigStartup::why(bool german) const {
+    if (timedOut_)
+        return german ? QStringLiteral("keine Antwort innerhalb von %1 s").arg(deadline_)
+                      : QStringLiteral("no answer within %1 s").arg(deadline_);
+    if (!failure_.isEmpty())
+        return german ? QStringLiteral("der Start schlug fehl: %1").arg(failure_)
+                      : QStringLiteral("the start-up failed: %1").arg(failure_);
+    if (board_ == Options::Board::Wifi) {
+        const QTcpSocket& socket = *panel_.Telnet1();
+        if (socket.error() != QAbstractSocket::UnknownSocketError)
+            return german
+                       ? QStringLiteral("die Verbindung scheiterte: %1").arg(socket.errorString())
+                       : QStringLiteral("the connection failed: %1").arg(socket.errorString());
+    } else if (const QSerialPort& port = *panel_.MSComm1(); port.error() != QSerialPort::NoError) {
+        return german
+                   ? QStringLiteral("der Anschluss lässt sich nicht öffnen: %1")
+                         .arg(openFailure(port, true))
+                   : QStringLiteral("the port cannot be opened: %1").arg(openFailure(port, false));
+    }
+    const QString said = panel_.panel()->Text1[0]->text().trimmed();
+    if (said.isEmpty())
+        return german ? QStringLiteral("keine Antwort") : QStringLiteral("no answer");
+    return german ? QStringLiteral("die Steuerung meldet „%1“").arg(said)
+                  : QStringLiteral("the panel says \"%1\"").arg(said);
+}
+
+QString RigStartup::summary(bool german) const {
+    if (ready_) return {};
+    return where(german) + QStringLiteral(": ") + why(german) + QLatin1Char('.');
+}
+
+QString RigStartup::advice(bool german) const {
+    if (board_ == Options::Board::Wifi)
+        return german ? QStringLiteral(
+                            "Bitte prüfen: Stromversorgung und WiFi der Steuerung, "
+                            "die Adresse in der Einstellungsdatei, --board und --ini.")
+                      : QStringLiteral(
+                            "Check the board's power and WiFi, the address in the "
+                            "settings file, --board and --ini.");
+    return german ? QStringLiteral(
+                        "Bitte prüfen: Kabel und Stromversorgung der Steuerung, den "
+                        "Anschluss in der Einstellungsdatei (z. B. /dev/ttyACM0), "
+                        "--board und --ini, und ob Sie den Anschluss benutzen dürfen "
+                        "(Gruppe dialout).")
+                  : QStringLiteral(
+                        "Check the board's cable and power, the port in the settings "
+                        "file (e.g. /dev/ttyACM0), --board and --ini, and that you may "
+                        "use the port (the group dialout).");
+}

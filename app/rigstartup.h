@@ -1,0 +1,42 @@
+#pragma once
+
+#include "options.h"
+
+#include <QString>
+
+class ctlQuendrix;
+
+// Brings the rig into service through the panel's own start-up (Comm_Starten or
+// WiFi_Starten) and, when it does not come into service, tells where the board was looked
+// for, what happened and what to check, instead of leaving the photographer waiting.
+class RigStartup {
+public:
+    RigStartup(ctlQuendrix& panel, Options::Board board);
+
+    // Runs the start-up. With deadlineSeconds > 0 the panel's waits are ended (as its
+    // Terminate does) once the start-up has taken that long, so that a run nobody watches
+    // ends in time even on a WiFi start-up, whose waits add up to a minute and a half.
+    // Returns whether the rig came into service.
+    bool run(double deadlineSeconds = 0);
+
+    // Why the rig is not in service: where the board was looked for and what happened (empty
+    // once it is in service), and what to check; in German for the window, in English for
+    // the standard error.
+    QString summary(bool german) const;
+    QString advice(bool german) const;
+
+private:
+    // The plan read from the settings as the panel shows it after its start-up.
+    void recalculatePlan();
+    // Where the board was looked for: the device or address, the key that names it and the
+    // settings file.
+    QString where(bool german) const;
+    QString why(bool german) const;
+
+    ctlQuendrix& panel_;
+    Options::Board board_;
+    bool ready_ = false;
+    bool timedOut_ = false;
+    QString failure_;  // what the start-up threw, if it did
+    double deadline_ = 0;
+};

@@ -37,10 +37,17 @@ QString copyForTrial(const QString& named, QString* error) {
         *error = QStringLiteral("cannot make the folder %1 for a copy of %2").arg(folder, named);
         return {};
     }
-    QFile::remove(copy);
+    // Through a new file, so that a named file that is itself the copy is not lost.
+    const QString fresh = copy + QStringLiteral(".new");
+    QFile::remove(fresh);
     QFile source(named);
-    if (!source.copy(copy)) {
-        *error = QStringLiteral("cannot copy %1 to %2: %3").arg(named, copy, source.errorString());
+    if (!source.copy(fresh)) {
+        *error = QStringLiteral("cannot copy %1 to %2: %3").arg(named, fresh, source.errorString());
+        return {};
+    }
+    QFile::remove(copy);
+    if (!QFile::rename(fresh, copy)) {
+        *error = QStringLiteral("cannot replace %1 with a new copy of %2").arg(copy, named);
         return {};
     }
     // The copy is the rig's to write, even when the named file is read-only.
@@ -138,9 +145,11 @@ void seedSimulatedRig(ctlQuendrix& panel) {
             break;
         case 2:
             set("MaxPosition", "20000");
-            seedLenses(panel, {{"Plan 4 Achro", 4, nullptr},
-                               {"Plan 10 Apo", 10, nullptr},
-                               {"Plan 20 Apo", 20, nullptr}});
+            // The microscope shows a lens by its name's second word, and selects the first
+            // lens whose name holds what it shows: two-word names keep the two in step.
+            seedLenses(
+                panel,
+                {{"Plan 4x", 4, nullptr}, {"Plan 10x", 10, nullptr}, {"Plan 20x", 20, nullptr}});
             break;
         default:
             break;  // the bellows rig's default travel covers the subject

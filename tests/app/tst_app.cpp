@@ -171,6 +171,10 @@ private slots:
         QVERIFY2(
             resumed.output.contains("stack plan: Beginn 5000, Ende 3000, Ebenen 4, Schritte 500"),
             qPrintable(resumed.output));
+        // The demo lens selected at the start is still selected at the end: the lens the
+        // microscope shows is one of its list.
+        QCOMPARE(profile::readString(microscope, "Kamera", "Aktuellv", ""), "1");
+        QCOMPARE(profile::readString(changer, "Kamera", "Aktuellv", ""), "1");
     }
 
     // The lens changer's distance axis goes where the panel sends it: the panel's steps are

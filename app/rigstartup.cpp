@@ -28,14 +28,28 @@ QString openFailure(const QSerialPort& port, bool german) {
             return german ? QStringLiteral("dieses Gerät gibt es nicht")
                           : QStringLiteral("there is no such device");
         case QSerialPort::PermissionError:
-            return german ? QStringLiteral(
-                                "keine Berechtigung, oder ein anderes Programm "
-                                "benutzt den Anschluss")
-                          : QStringLiteral(
-                                "permission denied, or another program uses the "
-                                "port");
+            return german
+                       ? QStringLiteral("keine Berechtigung, oder ein anderes Programm benutzt ihn")
+                       : QStringLiteral("permission denied, or another program uses it");
         default:
             return port.errorString();
+    }
+}
+
+// Why a connection to the board failed.
+QString connectFailure(const QTcpSocket& socket, bool german) {
+    switch (socket.error()) {
+        case QAbstractSocket::ConnectionRefusedError:
+            return german ? QStringLiteral("die Verbindung wurde abgelehnt")
+                          : QStringLiteral("the connection was refused");
+        case QAbstractSocket::HostNotFoundError:
+            return german ? QStringLiteral("diese Adresse ist unbekannt")
+                          : QStringLiteral("the address is unknown");
+        case QAbstractSocket::NetworkError:
+            return german ? QStringLiteral("das Netz ist nicht erreichbar")
+                          : QStringLiteral("the network cannot be reached");
+        default:
+            return socket.errorString();
     }
 }
 
@@ -120,9 +134,10 @@ QString RigStartup::why(bool german) const {
     if (board_ == Options::Board::Wifi) {
         const QTcpSocket& socket = *panel_.Telnet1();
         if (socket.error() != QAbstractSocket::UnknownSocketError)
-            return german
-                       ? QStringLiteral("die Verbindung scheiterte: %1").arg(socket.errorString())
-                       : QStringLiteral("the connection failed: %1").arg(socket.errorString());
+            return german ? QStringLiteral("die Verbindung scheiterte: %1")
+                                .arg(connectFailure(socket, true))
+                          : QStringLiteral("the connection failed: %1")
+                                .arg(connectFailure(socket, false));
     } else if (const QSerialPort& port = *panel_.MSComm1(); port.error() != QSerialPort::NoError) {
         return german
                    ? QStringLiteral("der Anschluss lässt sich nicht öffnen: %1")

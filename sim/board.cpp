@@ -172,8 +172,10 @@ QByteArray Board::identification() const {
 void Board::powerOn() {
     axes_ = {};
     moves_ = {};
-    for (AxisState& axis : axes_)
-        axis.encoder = axis.position + options_.encoderOffset;
+    for (int a = 0; a < 2; ++a) {
+        axes_[a].rail = options_.rails[a];
+        axes_[a].encoder = axes_[a].position + options_.encoderOffset;
+    }
     changer_ = 0;
     turn_.reset();
     lights_ = {};
@@ -248,14 +250,24 @@ AxisState Board::axis(int index) const {
 }
 
 void Board::setPosition(int axis, qint32 steps) {
-    // The counter is set; a running move goes on by the same number of steps from there.
-    if (moves_.at(axis)) moves_[axis]->shift(steps - axes_[axis].position);
+    // The simulated carriage stands where its counter says: setting the counter puts it there,
+    // as a carriage that stayed put while the board was off is where the host last saw it.
+    // A rail has no room beyond its ends.
+    AxisState& state = axes_.at(axis);
+    if (state.rail) steps = std::clamp(steps, 0, *state.rail);
+    const qint64 delta = qint64(steps) - state.position;
     moveTo(axis, steps);
+    state.lowest = state.highest = steps;
+    // A running move goes on by the same number of steps from there.
+    if (moves_[axis]) moves_[axis]->shift(delta, state);
 }
 
 void Board::moveTo(int axis, qint32 steps) {
-    axes_[axis].position = steps;
-    axes_[axis].encoder = steps + options_.encoderOffset;
+    AxisState& state = axes_[axis];
+    state.position = steps;
+    state.encoder = steps + options_.encoderOffset;
+    state.lowest = std::min(state.lowest, steps);
+    state.highest = std::max(state.highest, steps);
 }
 
 // --- Commands ----------------------------------------------------------------------------
@@ -351,8 +363,8 @@ Board::Reply Board::axisCommand(const Command& command, int a, double now) {
             if (value) axis.maxPosition = n;
             return Reply::Acknowledge;
         case 'p':
-            if (value) setPosition(a, n);
-            return Reply::Acknowledge;
+            if (value) placeCarriage(a, command, now);
+            return Reply::Done;
         case 'c':
             axis.inversion = n;
             return Reply::Acknowledge;
@@ -440,6 +452,18 @@ void Board::startMove(int a, const Move& move, const Command& command, double no
     acknowledge(command, now);
     moves_[a] = move;
     if (move.end <= now) finishMove(a, now, false);
+}
+
+// "p n#": the counter is set. A value beyond the rail leaves the carriage against the switch
+// at that end, which the board reports as a move that the switch ended where it started.
+void Board::placeCarriage(int a, const Command& command, double now) {
+    acknowledge(command, now);
+    const qint64 wanted = *command.number;
+    setPosition(a, toInt(wanted));
+    if (moves_[a] || !axes_[a].rail || wanted == axes_[a].position) return;
+    send(statusPrefix(a) + " |! Endschalter " + (wanted < 0 ? "unten" : "oben"), now);
+    send(movingLine(a), now);
+    send(finishedLine(a), now);
 }
 
 void Board::setDirection(int a, int direction, const Command& command, double now) {

@@ -65,7 +65,7 @@ public:
     void setReceivedObserver(std::function<void(const Received&)> observer);
 
     AxisState axis(int index) const;
-    // Sets the position counter, as "p n#" does.
+    // Sets the position counter, as "p n#" does (within the rail, if the axis has one).
     void setPosition(int axis, qint32 steps);
     int changerPosition() const { return changer_; }
     bool changerTurning() const { return turn_.has_value(); }
@@ -101,6 +101,7 @@ private:
     Reply query(const Command& command, double now);
 
     void startMove(int axis, const Move& move, const Command& command, double now);
+    void placeCarriage(int axis, const Command& command, double now);
     void setDirection(int axis, int direction, const Command& command, double now);
     void finishMove(int axis, double now, bool stopped);
     void turnChanger(int to, double now);

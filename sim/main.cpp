@@ -11,6 +11,7 @@
 #include <QElapsedTimer>
 #include <QSocketNotifier>
 #include <QStringList>
+#include <array>
 #include <csignal>
 #include <cstdio>
 #include <memory>
@@ -32,6 +33,8 @@ Plays the rig's interface board until SIGINT or SIGTERM.
   --motor-power-off     the bellows rig reports its motor supply off
   --no-microstep        the board reports no micro-step divisor
   --encoder-offset N    encoder value = position + N
+  --rail STEPS[,STEPS]  the rails' length in steps (axis 0, axis 1; one length serves
+                        both), with a limit switch at 0 and at the end (default: no ends)
   --boot-delay S        seconds of silence after the link opens
   --reply-delay S       every line leaves S seconds later
   --drop-acks P         lose an acknowledgement with probability P
@@ -65,6 +68,25 @@ auto choose(const QString& option, const QString& value, const Table& table) {
     for (const auto& [name, choice] : table)
         if (value == QLatin1String(name)) return choice;
     fail(QStringLiteral("%1: unknown value %2").arg(option, value));
+}
+
+// "--rail 600000" or "--rail 600000,4800": whole steps from 1 to 2,000,000,000 per axis.
+std::array<std::optional<qint32>, 2> rails(const QString& option, const QString& text) {
+    const QStringList lengths = text.split(QLatin1Char(','));
+    if (lengths.size() > 2) fail(option + QStringLiteral(": one length, or one per axis: ") + text);
+    std::array<std::optional<qint32>, 2> rails;
+    for (int a = 0; a < 2; ++a) {
+        const QString length = lengths.value(a, lengths.front()).trimmed();
+        bool ok = false;
+        const qint64 steps = length.toLongLong(&ok);
+        if (!ok || steps < 1 || steps > Move::runLimit)
+            fail(QStringLiteral("%1: a length of 1 to %2 steps, not %3")
+                     .arg(option)
+                     .arg(Move::runLimit)
+                     .arg(length));
+        rails[a] = qint32(steps);
+    }
+    return rails;
 }
 
 Settings parse(QStringList args) {
@@ -112,6 +134,8 @@ Settings parse(QStringList args) {
             s.options.microSteps = false;
         } else if (option == "--encoder-offset") {
             s.options.encoderOffset = value(option).toInt();
+        } else if (option == "--rail") {
+            s.options.rails = rails(option, value(option));
         } else if (option == "--boot-delay") {
             f.bootDelay = number(option);
         } else if (option == "--reply-delay") {

@@ -15,6 +15,17 @@ double nextTickOrEnd(double start, double end, int ticksSent) {
     return next < end - 1e-9 ? next : end;
 }
 
+std::optional<qint32> AxisState::lowerStop() const {
+    return rail || limits ? std::optional<qint32>(0) : std::nullopt;
+}
+
+std::optional<qint32> AxisState::upperStop() const {
+    if (rail && limits) return std::min(*rail, maxPosition);
+    if (rail) return rail;
+    if (limits) return maxPosition;
+    return std::nullopt;
+}
+
 Move Move::travel(const AxisState& axis, std::optional<qint64> distance, double now) {
     Move move;
     move.kind = distance ? Kind::Travel : Kind::Run;
@@ -22,18 +33,25 @@ Move Move::travel(const AxisState& axis, std::optional<qint64> distance, double 
     move.from = axis.position;
     move.step = axis.direction == 1 ? 1 : -1;
     move.speed = axis.stepsPerSecond();
-    qint64 to = distance ? axis.position + move.step * *distance : qint64(move.step) * runLimit;
-    to = std::clamp<qint64>(to, -runLimit, runLimit);
-    if (axis.limits && move.step > 0 && to > axis.maxPosition) {
-        to = std::max<qint64>(axis.position, axis.maxPosition);
-        move.limitNotice = "oben";
-    } else if (axis.limits && move.step < 0 && to < 0) {
-        to = std::min<qint64>(axis.position, 0);
-        move.limitNotice = "unten";
-    }
-    move.to = qint32(to);
-    move.end = now + std::abs(qint64(move.to) - move.from) / move.speed;
+    move.goal = distance ? axis.position + move.step * *distance : qint64(move.step) * runLimit;
+    move.stopAt(axis);
     return move;
+}
+
+void Move::stopAt(const AxisState& axis) {
+    qint64 target = std::clamp<qint64>(goal, -runLimit, runLimit);
+    limitNotice.clear();
+    const std::optional<qint32> upper = axis.upperStop();
+    const std::optional<qint32> lower = axis.lowerStop();
+    if (step > 0 && upper && target > *upper) {
+        target = std::max(axis.position, *upper);  // at or beyond the stop: no further
+        limitNotice = "oben";
+    } else if (step < 0 && lower && target < *lower) {
+        target = std::min(axis.position, *lower);
+        limitNotice = "unten";
+    }
+    to = qint32(target);
+    end = start + std::abs(to - from) / speed;
 }
 
 Move Move::takeUp(const AxisState& axis, double now) {
@@ -48,7 +66,7 @@ Move Move::takeUp(const AxisState& axis, double now) {
 
 qint32 Move::positionAt(double t) const {
     if (t >= end) return to;
-    const qint64 total = std::abs(qint64(to) - from);
+    const qint64 total = std::abs(to - from);
     const qint64 done = std::min<qint64>(total, qint64(std::floor((t - start) * speed + epsilon)));
     return qint32(from + step * std::max<qint64>(0, done));
 }
@@ -57,9 +75,14 @@ double Move::nextEvent() const {
     return kind == Kind::TakeUp ? end : nextTickOrEnd(start, end, ticksSent);
 }
 
-void Move::shift(qint32 delta) {
+void Move::shift(qint64 delta, const AxisState& axis) {
     from += delta;
-    to += delta;
+    if (kind == Kind::TakeUp) {
+        to = axis.position;
+        return;
+    }
+    goal += delta;
+    stopAt(axis);
 }
 
 }  // namespace quendrix::sim

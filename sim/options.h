@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 #include <QtGlobal>
+#include <array>
+#include <optional>
 
 namespace quendrix::sim {
 
@@ -35,6 +37,9 @@ struct Options {
     bool motorPowerOff = false;  // the bellows rig reports that its motor supply is off
     bool microSteps = true;      // the board reports the micro-step divisor ("*" field)
     qint32 encoderOffset = 0;    // encoder value = position + offset
+    // Each axis's rail, in steps: the carriage travels between 0 and this length, with a
+    // limit switch at either end. Empty: a rail without ends.
+    std::array<std::optional<qint32>, 2> rails{};
     Faults faults;
 };
 

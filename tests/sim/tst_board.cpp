@@ -74,6 +74,16 @@ bool harmless(const QByteArray& line) {
     return true;
 }
 
+QList<QByteArray> lastThree(const QList<QByteArray>& lines) {
+    return lines.mid(lines.size() - 3);
+}
+
+// What an axis's status lines say when a switch ended its move at `at` steps.
+QList<QByteArray> stoppedBySwitch(const QByteArray& letter, const QByteArray& end, int at) {
+    const QByteArray fields = " #" + QByteArray::number(at) + " ~" + QByteArray::number(at) + " *1";
+    return {letter + " |! Endschalter " + end, letter + fields + " |B", letter + fields + " |F :0"};
+}
+
 }  // namespace
 
 class TestBoard : public QObject {
@@ -198,6 +208,49 @@ private slots:
         s.send("e0#t10#");
         s.runTo(2);
         QCOMPARE(s.board.axis(0).position, -10);
+    }
+
+    // A rail's ends stop the carriage whatever the limit-switch setting and whatever the
+    // command; the switch is reported before the last "|B" and the "|F" line.
+    void railEndsStopEveryCommand() {
+        Options options;
+        options.rails = {1000, 300};
+        Script s(options);
+        s.board.linkOpened(0);  // the rails belong to the rig: a reset keeps them
+        s.send("e0#r#");
+        QCOMPARE(lastThree(s.runTo(1)), stoppedBySwitch("q", "oben", 1000));
+        s.send("z#r#");
+        QCOMPARE(lastThree(s.runTo(2)), stoppedBySwitch("q", "unten", 0));
+        // Against the switch already: nothing moves, and a wait for "|F" still ends.
+        QCOMPARE(lastThree(s.send("t5#")), stoppedBySwitch("q", "unten", 0));
+        // A counter set beyond an end leaves the carriage at that end, and says so.
+        QCOMPARE(s.send("p-40#"), QList<QByteArray>{"P|-40#"} + stoppedBySwitch("q", "unten", 0));
+        QCOMPARE(s.send("P900#"), QList<QByteArray>{"P|900#"} + stoppedBySwitch("Q", "oben", 300));
+        // With the limit switches on, MaxPosition stops first when it lies within the rail.
+        s.send("v#e1#m600#t2000#");
+        QCOMPARE(lastThree(s.runTo(3)), stoppedBySwitch("q", "oben", 600));
+        s.send("m5000#t2000#");
+        QCOMPARE(lastThree(s.runTo(4)), stoppedBySwitch("q", "oben", 1000));
+        // The counter set while moving: the move goes on from there and stops at the end.
+        s.send("z#t800#");
+        s.runTo(4.08);
+        QCOMPARE(s.board.axis(0).position, 900);
+        QCOMPARE(s.send("p100#"), QList<QByteArray>{"P|100#"});
+        QCOMPARE(lastThree(s.runTo(5)), stoppedBySwitch("q", "unten", 0));
+        // The span covered since the counter was last set.
+        QCOMPARE(s.board.axis(0).lowest, 0);
+        QCOMPARE(s.board.axis(0).highest, 100);
+
+        // A CAN drive's absolute target beyond the rail, and its relative steps below it.
+        options.rig = Rig::LensChanger;
+        options.rails = {5000, {}};
+        Script changer(options);
+        changer.send("t7000#");
+        QCOMPARE(lastThree(changer.runTo(5)),
+                 (QList<QByteArray>{"@ |! Endschalter oben", "@ #5000 |B", "@ |F0 #5000"}));
+        changer.send("z#t-9000#");
+        QCOMPARE(lastThree(changer.runTo(10)),
+                 (QList<QByteArray>{"@ |! Endschalter unten", "@ #0 |B", "@ |F0 #0"}));
     }
 
     void continuousRunGoesOnUntilStopped() {

@@ -177,8 +177,8 @@ private slots:
         const QString link = dir.filePath("board");
         QProcess sim;
         sim.setProgram(QCoreApplication::applicationDirPath() + "/../sim/quendrix-sim");
-        sim.setArguments(
-            {"--rig", "microscope", "--link", link, "--tcp", "0", "--reply-delay", "0.05"});
+        sim.setArguments({"--rig", "microscope", "--link", link, "--tcp", "0", "--reply-delay",
+                          "0.05", "--rail", "200"});
         sim.start();
         QVERIFY2(sim.waitForStarted(2000), qPrintable(sim.program() + ": " + sim.errorString()));
         QByteArray banner;
@@ -192,8 +192,13 @@ private slots:
         QSerialPort port(QString::fromUtf8(lines[0].mid(8)));
         port.setBaudRate(115200);
         QVERIFY2(port.open(QIODevice::ReadWrite), qPrintable(port.errorString()));
-        port.write("?#\r\nt250#");  // 250 steps at 800 µs: 0.2 s
-        QVERIFY(readPort(port, "|F :0", 2000).startsWith("Arduino Mikroskop\r\nq #0 ~0 *1 |B"));
+        // 250 steps at 800 µs would take 0.2 s; the rail's end stops the carriage at 200.
+        port.write("?#\r\nt250#");
+        const QByteArray moved = readPort(port, "|F :0", 2000);
+        QVERIFY2(moved.startsWith("Arduino Mikroskop\r\nq #0 ~0 *1 |B"), moved);
+        QVERIFY2(moved.endsWith("q |! Endschalter oben\r\nq #200 ~200 *1 |B\r\n"
+                                "q #200 ~200 *1 |F :0\r\n"),
+                 moved);
 
         QTcpSocket client;
         client.connectToHost(QHostAddress::LocalHost, lines[2].mid(15).toUShort());
@@ -206,6 +211,14 @@ private slots:
         QCOMPARE(sim.exitStatus(), QProcess::NormalExit);
         QCOMPARE(sim.exitCode(), 0);
         QVERIFY(!QFileInfo(link).isSymLink());
+
+        for (const char* rail : {"0", "200,300,400", "long"}) {
+            QProcess refused;
+            refused.start(sim.program(), {"--rail", rail});
+            QVERIFY(refused.waitForFinished(2000));
+            QCOMPARE(refused.exitCode(), 2);
+            QVERIFY2(refused.readAllStandardError().startsWith("quendrix-sim: --rail"), rail);
+        }
     }
 };
 

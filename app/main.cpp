@@ -207,6 +207,7 @@ int main(int argc, char* argv[]) {
     std::unique_ptr<UnattendedStack> run;
     if (unattended) {
         run = std::make_unique<UnattendedStack>(panel, *session, *options.stack, options.combine);
+        if (options.simulated()) run->watch(rig);
         QObject::connect(run.get(), &UnattendedStack::finished, &app, [&](int exitCode) {
             session->setCamera(nullptr);
             if (ready) {

@@ -7,6 +7,7 @@
 
 class CaptureSession;
 class Fusion;
+class SimulatedRig;
 class ctlQuendrix;
 
 // A stack nobody watches: once the rig is in service it plans the stack on the panel and
@@ -20,14 +21,21 @@ public:
                     QObject* parent = nullptr);
     ~UnattendedStack() override;
 
-    // Starts the stack on the rig now in service (ready: whether it came into service).
+    // On the simulated rig: its rail bounds the stack too, and the run ends with the span
+    // axis 0 covered.
+    void watch(const SimulatedRig& rig);
+    // Starts the stack on the rig now in service (ready: whether it came into service). A
+    // stack that cannot run within its range on this rig is refused before anything moves.
     void start(bool ready);
 
 signals:
     void finished(int exitCode);
 
 private:
-    // Why the panel cannot run this stack on this rig, or empty.
+    QString stackText() const;
+    // Why the panel's plane steps would not move axis 0 as meant, or empty.
+    QString cannotStep() const;
+    // Why the stack or its approach would leave axis 0's travel, or empty.
     QString outOfRange() const;
     void onPicture(int plane, const QString& file, qint64 position);
     void onCombine(const QStringList& pictures, const QString& output);
@@ -38,6 +46,7 @@ private:
     CaptureSession& session_;
     StackRequest request_;
     bool combine_;
+    const SimulatedRig* rig_ = nullptr;
     Fusion* fusion_ = nullptr;
     QString lastStage_;
     bool done_ = false;

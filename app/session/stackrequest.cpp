@@ -32,3 +32,8 @@ std::optional<StackRequest> StackRequest::parse(const QString& text, QString* er
             QStringLiteral("%1 intervals need at least %1 steps between FROM and TO").arg(*planes));
     return StackRequest{*from, *to, *planes};
 }
+
+qint32 StackRequest::planeStep() const {
+    const qint64 nearest = (range() + planes / 2) / planes;
+    return qint32(nearest * planes <= range() ? nearest : range() / planes);
+}

@@ -21,9 +21,12 @@ class TestStackRun : public QObject {
         QString out, err;
     };
     Run run(const QStringList& arguments, const QString& path = {}) {
+        return runOn(dir_.filePath("rig_L.ini"), arguments, path);
+    }
+    Run runOn(const QString& ini, const QStringList& arguments, const QString& path = {}) {
         QProcess app;
         app.setProgram(QCoreApplication::applicationDirPath() + "/../app/quendrix");
-        app.setArguments(QStringList{"--ini", dir_.filePath("rig_L.ini")} + arguments);
+        app.setArguments(QStringList{"--ini", ini} + arguments);
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.remove("QT_QPA_PLATFORM");  // an unattended run needs no display of its own
         environment.remove("DISPLAY");
@@ -38,6 +41,34 @@ class TestStackRun : public QObject {
                 QString::fromLocal8Bit(app.readAllStandardError())};
     }
     static QString both(const Run& r) { return r.out + "\n--- stderr:\n" + r.err; }
+
+    // A settings file of the simulated rig's axis 0 with these lines (a brisk rail by default).
+    QString settings(const QString& name, const QByteArray& lines) {
+        QFile file(dir_.filePath(name));
+        if (!file.open(QIODevice::WriteOnly)) qFatal("cannot write %s", qPrintable(name));
+        file.write("[Stativ0]\r\nTaktpause=200\r\n" + lines);
+        return file.fileName();
+    }
+
+    // Where the pictures of a run were taken, in order.
+    static QList<qint64> picturePositions(const QString& out) {
+        static const QRegularExpression line("^picture \\d+/\\d+ at (-?\\d+) steps:",
+                                             QRegularExpression::MultilineOption);
+        QList<qint64> positions;
+        for (auto match = line.globalMatch(out); match.hasNext();)
+            positions << match.next().captured(1).toLongLong();
+        return positions;
+    }
+
+    // The lowest and highest position the simulated carriage reached since start-up.
+    static QPair<qint64, qint64> span(const QString& out) {
+        static const QRegularExpression line(
+            "^simulated rail: axis 0 was between (-?\\d+) and (-?\\d+) steps",
+            QRegularExpression::MultilineOption);
+        const auto match = line.match(out);
+        if (!match.hasMatch()) return {-1, -1};
+        return {match.captured(1).toLongLong(), match.captured(2).toLongLong()};
+    }
 
     // The share of tiles on which picture reaches 70 % of the best single picture's sharpness.
     static double shareNearBest(const QList<double>& picture, const QList<double>& best) {
@@ -148,6 +179,90 @@ private slots:
                  qPrintable(both(failing)));
         QVERIFY2(failing.out.contains("picture 1/3") && !failing.out.contains("picture 2/3"),
                  qPrintable(both(failing)));
+    }
+
+    // 4000 steps in 6 intervals: the panel's own step, 667, would take the last plane to
+    // 1998, below the range. The run steps 666 instead and says so; from 3000 the carriage goes
+    // up to the approach a millimetre (1600 steps) above the upper end, never below the lower.
+    void aStackStaysWithinItsRange() {
+        const QString ini = settings("within_L.ini", "Position=3000\r\n");
+        const Run stack =
+            runOn(ini, {"--stack", "2000:6000:6", "--pictures", dir_.filePath("within")});
+        QVERIFY2(stack.exitCode == 0, qPrintable(both(stack)));
+        QVERIFY2(stack.out.contains("stack: 7 pictures from 6000 down to 2004 steps, 666 steps "
+                                    "apart (667 apart, the last would be at 1998, below 2000)"),
+                 qPrintable(both(stack)));
+        QCOMPARE(picturePositions(stack.out),
+                 (QList<qint64>{6000, 5334, 4668, 4002, 3336, 2670, 2004}));
+        QCOMPARE(span(stack.out), (QPair<qint64, qint64>{2004, 7600}));
+    }
+
+    // A stack whose approach would leave axis 0's travel or the simulated rail is refused with
+    // the values and the limit named, and the carriage stays where it stood.
+    void whatLeavesTheRangeIsRefusedBeforeAnyMove() {
+        const struct {
+            QByteArray settings;
+            QString stack, named;
+        } cases[] = {
+            {"MaxPosition=700000\r\n", "2000:599000:2",
+             "reaches 600600 steps (the stack runs downward from its upper end, approached from "
+             "1600 steps above it), but the simulated rail of axis 0 ends at 600000 steps"},
+            {"", "559000:2000:2", "axis 0 travels only 560000 steps (MaxPosition)"},
+            {"MaxPosition=0\r\n", "2000:3000:2", "axis 0 travels only 0 steps (MaxPosition)"},
+        };
+        int n = 0;
+        for (const auto& c : cases) {
+            const QString ini =
+                settings(QString("refused%1_L.ini").arg(++n), "Position=3000\r\n" + c.settings);
+            const Run refused = runOn(ini, {"--stack", c.stack, "--pictures",
+                                            dir_.filePath(QString("refused%1").arg(n))});
+            QCOMPARE(refused.exitCode, 1);
+            QVERIFY2(refused.err.contains("--stack " + c.stack) && refused.err.contains(c.named),
+                     qPrintable(both(refused)));
+            QVERIFY(picturePositions(refused.out).isEmpty());
+            QCOMPARE(span(refused.out), (QPair<qint64, qint64>{3000, 3000}));
+        }
+        const Run negative = run({"--stack", "-5:100:2"});
+        QCOMPARE(negative.exitCode, 2);
+        QVERIFY2(negative.err.contains("-5:100:2") && negative.err.contains("below 0"),
+                 qPrintable(both(negative)));
+    }
+
+    // The lens changer's board names its drive: a CAN drive takes "t n#" as a target, the others
+    // as a number of steps. Of the panel's two ways of moving axis 0 (MotorArt0 0 sends steps,
+    // 1 targets) exactly one suits the board: it runs the stack within its range, and the other
+    // is refused before anything moves.
+    void onTheLensChangerTheBoardsDriveDecides() {
+        const QString bag = dir_.filePath("targets.bag");
+        QFile file(bag);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(R"({"format": "quendrix-propertybag", "version": 1, "entries": [
+            {"name": "MotorName", "type": "QString", "value": "Stativ"},
+            {"name": "Kameratyp", "type": "QString", "value": "Kamera"},
+            {"name": "MotorArt0", "type": "int", "value": 1}]})");
+        file.close();
+        int ran = 0;
+        for (const bool targets : {false, true}) {
+            const QString ini = settings(QString("changer%1_L.ini").arg(targets),
+                                         "MaxPosition=150000\r\nPosition=3000\r\n");
+            QStringList arguments{"--rig",      "1",
+                                  "--stack",    "2000:4000:4",
+                                  "--pictures", dir_.filePath(QString("changer%1").arg(targets))};
+            if (targets) arguments << "--bag" << bag;
+            const Run stack = runOn(ini, arguments);
+            if (stack.exitCode == 0) {
+                ++ran;
+                QCOMPARE(picturePositions(stack.out),
+                         (QList<qint64>{4000, 3500, 3000, 2500, 2000}));
+                QCOMPARE(span(stack.out), (QPair<qint64, qint64>{2000, 4400}));
+            } else {
+                QCOMPARE(stack.exitCode, 1);
+                QVERIFY2(stack.err.contains(QString("MotorArt0 is %1").arg(targets)),
+                         qPrintable(both(stack)));
+                QCOMPARE(span(stack.out), (QPair<qint64, qint64>{3000, 3000}));
+            }
+        }
+        QCOMPARE(ran, 1);
     }
 
     // What cannot work is said before anything moves, or as soon as it is known.

@@ -31,10 +31,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     QString error;
     const std::optional<StackRequest> request = StackRequest::parse(stack, &error);
     check(request.has_value() == error.isEmpty(), "a request is refused exactly with a reason");
-    if (request)
+    if (request) {
         check(request->from >= 0 && request->to >= 0 && request->planes >= 1 &&
                   std::abs(qint64(request->to) - request->from) >= request->planes,
               "an accepted stack has a step between its planes");
+        const qint64 step = request->planeStep();
+        check(step >= 1 && step * request->planes <= request->range() &&
+                  (step + 1) * request->planes > request->range(),
+              "the planes lie within the range, short of its lower end by less than a step per "
+              "plane");
+    }
 
     if (!CommandCamera::problem(command).isEmpty()) return 0;
     const QStringList split = QProcess::splitCommand(command);

@@ -151,14 +151,14 @@ void UnattendedStack::start(bool ready) {
                     .arg(request_.upper() - qint64(step) * request_.planes)
                     .arg(step)
                     .arg(rounding));
-    // A CAN drive keeps its direction while it drives to targets, and the plane steps follow
-    // it: it must point down, whatever the panel last showed.
-    if (panel_.MotorArt0() == 1) {
-        if (p.Check0[4]->isChecked())
-            p.Check0[4]->setChecked(false);  // its handler sends "z#"
-        else
-            panel_.Output(QStringLiteral("z#"));
-    }
+    // The panel sends a direction only when its direction box changes, and after start-up the
+    // board may still run the other way (a board powers on running forward). Both point down
+    // from here on; a CAN drive, which keeps its direction while it drives to targets, steps
+    // its planes that way too.
+    if (p.Check0[4]->isChecked())
+        p.Check0[4]->setChecked(false);  // its handler sends "z#"
+    else
+        panel_.Output(QStringLiteral("z#"));
     p.AutoKomb->click();
     if (!done_ && quendrix::tag(p.AutoKomb) != QStringLiteral("aktiv") &&
         session_.runPictures().isEmpty())

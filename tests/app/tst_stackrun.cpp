@@ -182,10 +182,10 @@ private slots:
     }
 
     // 4000 steps in 6 intervals: the panel's own step, 667, would take the last plane to
-    // 1998, below the range. The run steps 666 instead and says so; from 3000 the carriage goes
-    // up to the approach a millimetre (1600 steps) above the upper end, never below the lower.
+    // 1998, below the range. The run steps 666 instead and says so. The carriage starts above
+    // the range, so the first move goes down, against the direction a board powers on with.
     void aStackStaysWithinItsRange() {
-        const QString ini = settings("within_L.ini", "Position=3000\r\n");
+        const QString ini = settings("within_L.ini", "Position=9000\r\n");
         const Run stack =
             runOn(ini, {"--stack", "2000:6000:6", "--pictures", dir_.filePath("within")});
         QVERIFY2(stack.exitCode == 0, qPrintable(both(stack)));
@@ -194,7 +194,7 @@ private slots:
                  qPrintable(both(stack)));
         QCOMPARE(picturePositions(stack.out),
                  (QList<qint64>{6000, 5334, 4668, 4002, 3336, 2670, 2004}));
-        QCOMPARE(span(stack.out), (QPair<qint64, qint64>{2004, 7600}));
+        QCOMPARE(span(stack.out), (QPair<qint64, qint64>{2004, 9000}));
     }
 
     // A stack whose approach would leave axis 0's travel or the simulated rail is refused with

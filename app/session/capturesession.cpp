@@ -13,6 +13,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QPushButton>
 #include <QTimer>
 #include <QtConcurrent>
@@ -32,6 +33,7 @@ CaptureSession::CaptureSession(ctlQuendrix& panel, QObject* parent)
     connect(&panel_, &ctlQuendrix::Kopie, this, &CaptureSession::onKopie);
     connect(&panel_, &ctlQuendrix::Mittelwert, this, &CaptureSession::onMittelwert);
     connect(&panel_, &ctlQuendrix::Kombinieren, this, &CaptureSession::onKombinieren);
+    panel_.Timer3()->installEventFilter(this);
     connect(&averaging_, &QFutureWatcher<QString>::finished, this, [this] {
         const QString problem = averaging_.result();
         if (problem.isEmpty())
@@ -77,6 +79,7 @@ qint64 CaptureSession::axisPosition() const {
 
 bool CaptureSession::beginRun(RunKind kind) {
     kind_ = kind;
+    stopped_ = false;
     pictures_.clear();
     copies_ = 0;
     if (camera_) camera_->release();
@@ -98,12 +101,14 @@ bool CaptureSession::ensureFolder() {
 
 void CaptureSession::onSchicht(const QString& number) {
     panel_.SetOK(false);
-    if (swallowTail()) {
-        panel_.Zuruecksetzen();  // the counter the stray request raised
-        panel_.SetOK(true);
+    const int plane = number.trimmed().toInt();
+    if (holding_) {
+        // The panel stops waiting for the release after 31 s and goes on; a paused run must
+        // not go on unattended.
+        stopRun(QStringLiteral("Die Steuerung hat die Pause nach Bild %1 von sich aus beendet.")
+                    .arg(plane - 1));
         return;
     }
-    const int plane = number.trimmed().toInt();
     if (pending_) {
         // The panel stops waiting for a picture after 31 s and asks for the next one.
         stopRun(QStringLiteral("Die Steuerung verlangt Bild %1, während Bild %2 noch "
@@ -170,6 +175,18 @@ void CaptureSession::onCaptured(const QString& file) {
     }
     pictures_ << file;
     emit pictureTaken(done.shot.plane, file, done.shot.position);
+    if (hold_) {
+        holding_ = true;
+        emit holdingAfter(done.shot.plane);
+        return;
+    }
+    panel_.SetOK(true);
+}
+
+void CaptureSession::holdRelease(bool hold) {
+    hold_ = hold;
+    if (hold || !holding_) return;
+    holding_ = false;
     panel_.SetOK(true);
 }
 
@@ -183,7 +200,14 @@ void CaptureSession::onCameraFailed(const QString& message) {
 }
 
 void CaptureSession::stopRun(const QString& message) {
+    emit runFailed(message);
+    stop();
+    emit failed(message);
+}
+
+void CaptureSession::stop() {
     pending_.reset();
+    hold_ = holding_ = false;
     if (camera_) {
         camera_->cancel();
         camera_->release();
@@ -198,30 +222,36 @@ void CaptureSession::stopRun(const QString& message) {
         QCoreApplication::sendEvent(p.AutoKomb, &release);
     } else if (series) {
         quendrix::setTag(p.Mittelw, QString());
-        panel_.Timer3()->stop();
         panel_.Zuruecksetzen();
     }
-    if (stack || series) {
-        // Released, the waiting run takes one more step: a last tick after the pause, or the
-        // end of an averaging series when it was at its last picture.
-        tailUntil_ =
-            QDeadlineTimer(qMax(0, p.wartezeit->text().trimmed().toInt()) + 2000, Qt::CoarseTimer);
-    }
+    panel_.Timer3()->stop();
+    stopped_ = stopped_ || stack || series;
     kind_ = RunKind::None;
-    panel_.SetOK(true);
-    emit failed(message);
+    panel_.SetOK(true);  // a wait for the release ends; the tick's tail is dropped
 }
 
-bool CaptureSession::swallowTail() {
-    if (tailUntil_.hasExpired() || tailUntil_.isForever()) return false;
+// A tick with neither run active is what a stopped run leaves: the panel, released, restarts
+// its timer as if a series went on. It is dropped, so no picture is asked for.
+bool CaptureSession::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != panel_.Timer3() || event->type() != QEvent::Timer) return false;
     const quendrix::Panel& p = *panel_.panel();
-    if (quendrix::tag(p.AutoKomb) == kActive || quendrix::tag(p.Mittelw) == kActive) return false;
-    tailUntil_ = QDeadlineTimer();
+    if (quendrix::tag(p.AutoKomb) != kActive && quendrix::tag(p.Mittelw) != kActive) {
+        panel_.Timer3()->stop();
+        return true;
+    }
+    const QPointer<CaptureSession> self(this);
+    ++tickDepth_;
+    watched->event(event);
+    if (!self) return true;
+    if (--tickDepth_ == 0) emit tickFinished();
     return true;
 }
 
 void CaptureSession::onMittelwert(const QString& count) {
-    if (swallowTail()) return;
+    if (stopped_) {
+        stopped_ = false;
+        return;
+    }
     if (kind_ != RunKind::Series || pictures_.isEmpty()) {
         emit failed(QStringLiteral("Mittelwert aus %1 Bildern verlangt, aber keine Bilder der "
                                    "Serie vorhanden.")

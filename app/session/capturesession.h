@@ -2,7 +2,6 @@
 
 #include "camera/camera.h"
 
-#include <QDeadlineTimer>
 #include <QFutureWatcher>
 #include <QObject>
 #include <QStringList>
@@ -16,7 +15,7 @@ class ctlQuendrix;
 // picture is on disk. An averaging series (Mittelwert) is averaged into one picture, a copy
 // (Kopie) taken beside the run's pictures, and a finished stack (Kombinieren) handed on for
 // fusion. A capture that fails stops the panel's run where it is, with the operator's own
-// abort, and says why.
+// abort, and says why. The host can stop a run itself, and pause it by holding the release.
 class CaptureSession : public QObject {
     Q_OBJECT
 public:
@@ -37,6 +36,21 @@ public:
     QStringList runPictures() const { return pictures_; }
     bool capturing() const { return pending_.has_value(); }
 
+    // Ends the panel's run (a stack or an averaging series) wherever it stands: a capture under
+    // way is cancelled, the panel's own abort clears the run, and a run waiting for its release
+    // is let go, so that the wait ends. What the panel still does after that (one more tick, or
+    // the end of a series it then believes in) is dropped.
+    void stop();
+    // While held, a picture on disk does not release the run: its plane is done and the run
+    // waits there. Letting go releases it.
+    void holdRelease(bool hold);
+    bool releaseHeld() const { return hold_; }
+    // A picture is on disk and its release is held: the run waits.
+    bool holding() const { return holding_; }
+    // True while the panel works through a tick of its run timer: a picture asked for and
+    // waited for, a plane step.
+    bool insideTick() const { return tickDepth_ > 0; }
+
 signals:
     void pictureTaken(int plane, const QString& file, qint64 position);
     void copyTaken(const QString& file);
@@ -44,6 +58,16 @@ signals:
     // A stack is complete: its pictures are to be fused into output.
     void combineRequested(const QStringList& pictures, const QString& output);
     void failed(const QString& message);
+    // A picture could not be taken, so the run was stopped (failed() follows with the message).
+    void runFailed(const QString& message);
+    // The run waits after this plane, its release held.
+    void holdingAfter(int plane);
+    // A tick of the panel's run timer has returned.
+    void tickFinished();
+
+protected:
+    // Runs the panel's ticks, and drops those that come after a run was stopped.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     enum class RunKind { None, Stack, Series };
@@ -62,10 +86,8 @@ private:
     bool ensureFolder();
     void capture(const Shot& shot, bool copy);
     qint64 axisPosition() const;
-    // Ends the panel's run after a failed picture and swallows the one step the panel still
-    // takes after its release (a last tick, or the end of the series it then believes in).
+    // Ends the panel's run after a failed picture and says why.
     void stopRun(const QString& message);
-    bool swallowTail();
 
     ctlQuendrix& panel_;
     std::unique_ptr<Camera> camera_;
@@ -77,7 +99,10 @@ private:
     QStringList pictures_;
     int copies_ = 0;
     std::optional<Pending> pending_;
-    QDeadlineTimer tailUntil_;
+    bool hold_ = false;
+    bool holding_ = false;
+    bool stopped_ = false;  // the run was stopped; a series' end it then reports is not one
+    int tickDepth_ = 0;
     QFutureWatcher<QString> averaging_;
     QString averageFile_;
     int averageCount_ = 0;

@@ -4,6 +4,9 @@
 #include "fusion/preview.h"
 #include "session/capturesession.h"
 #include "session/picturefolder.h"
+#include "shortcuts.h"
+#include "stackbox.h"
+#include "stackcontrol.h"
 
 #include <quendrix/Panel.h>
 #include <quendrix/ctlQuendrix.h>
@@ -11,15 +14,12 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDir>
-#include <QDockWidget>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QImageReader>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QMouseEvent>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
@@ -39,40 +39,29 @@ HostWindow::HostWindow()
       session_(new CaptureSession(*panel_, this)),
       fusion_(new Fusion(this)),
       preview_(new FusionPreview(this)),
+      stack_(new StackControl(*panel_, *session_, this)),
+      stackBox_(new StackBox(*panel_, *stack_)),
+      shortcuts_(new Shortcuts(*this, *panel_, *stack_)),
       pictures_(new QListWidget),
       picture_(new QLabel),
       fusionProgress_(new QProgressBar),
       cancelFusion_(new QPushButton(QStringLiteral("Abbrechen"))) {
     setWindowTitle(QStringLiteral("Quendrix"));
     panel_->setObjectName(QStringLiteral("Quendrix"));
-    setCentralWidget(panel_);
-
-    auto* side = new QWidget;
-    auto* column = new QVBoxLayout(side);
-    pictures_->setObjectName(QStringLiteral("Aufnahmenliste"));
-    picture_->setObjectName(QStringLiteral("Vorschau"));
-    picture_->setAlignment(Qt::AlignCenter);
-    picture_->setMinimumSize(300, 225);
-    picture_->setText(QStringLiteral("Noch kein Stapel"));
-    fusionProgress_->setObjectName(QStringLiteral("Kombinieren"));
-    fusionProgress_->setFormat(QStringLiteral("%p %"));
-    fusionProgress_->setVisible(false);
-    cancelFusion_->setObjectName(QStringLiteral("KombinierenAbbrechen"));
-    cancelFusion_->setVisible(false);
-    auto* progressRow = new QHBoxLayout;
-    progressRow->addWidget(fusionProgress_, 1);
-    progressRow->addWidget(cancelFusion_);
-    column->addWidget(pictures_, 1);
-    column->addWidget(picture_, 1);
-    column->addLayout(progressRow);
-    column->addWidget(buildCameraBox());
-
-    auto* dock = new QDockWidget(QStringLiteral("Aufnahmen"), this);
-    dock->setObjectName(QStringLiteral("Aufnahmen"));
-    dock->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);
-    dock->setWidget(side);
-    addDockWidget(Qt::RightDockWidgetArea, dock);
-    resizeDocks({dock}, {340}, Qt::Horizontal);
+    // The panel keeps its own size at the left; the rest of the window is for the pictures.
+    auto* central = new QWidget;
+    auto* row = new QHBoxLayout(central);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(panel_, 0, Qt::AlignLeft | Qt::AlignTop);
+    row->addWidget(buildSide(), 1);
+    setCentralWidget(central);
+    // The window shows a run's progress beside its stop and pause, with a time estimate that
+    // knows the camera and the approach; the panel's own progress line is kept out of sight.
+    if (auto* own = panel_->findChild<QLabel*>(QStringLiteral("Fortschritt"))) {
+        auto* aside = new QWidget(this);
+        aside->hide();
+        own->setParent(aside);
+    }
     statusBar()->showMessage(QStringLiteral("Steuerung wird gesucht …"));
 
     connect(session_, &CaptureSession::pictureTaken, this,
@@ -115,7 +104,14 @@ HostWindow::HostWindow()
         report(message);
     });
     connect(cancelFusion_, &QPushButton::clicked, fusion_, &Fusion::cancel);
-    panel_->panel()->AutoKomb->installEventFilter(this);
+    connect(stack_, &StackControl::ended, this, &HostWindow::note);
+    connect(stack_, &StackControl::notice, this,
+            [this](const QString& text) { statusBar()->showMessage(text, 8000); });
+    connect(shortcuts_, &Shortcuts::notice, this,
+            [this](const QString& text) { statusBar()->showMessage(text, 8000); });
+    connect(stackBox_, &StackBox::note, this, &HostWindow::note);
+    connect(stackBox_, &StackBox::problem, this, &HostWindow::report);
+    stackBox_->reloadPresets();
     connect(panel_, &ctlQuendrix::SehfeldNeu, this, [this](const QString& width) {
         statusBar()->showMessage(QStringLiteral("Bildbreite %1 mm").arg(width.trimmed()));
     });
@@ -128,6 +124,38 @@ HostWindow::HostWindow()
 }
 
 HostWindow::~HostWindow() = default;
+
+void HostWindow::setPlatform(quendrix::Platform& platform) {
+    stack_->setPlatform(platform);
+}
+
+// The stack's controls, what was taken, the preview and the camera, in one column that takes
+// the window's room: the preview most of it.
+QWidget* HostWindow::buildSide() {
+    auto* side = new QWidget;
+    auto* column = new QVBoxLayout(side);
+    pictures_->setObjectName(QStringLiteral("Aufnahmenliste"));
+    picture_->setObjectName(QStringLiteral("Vorschau"));
+    picture_->setAlignment(Qt::AlignCenter);
+    picture_->setMinimumSize(300, 225);
+    picture_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
+    picture_->setText(QStringLiteral("Noch kein Stapel"));
+    picture_->installEventFilter(this);
+    fusionProgress_->setObjectName(QStringLiteral("Kombinieren"));
+    fusionProgress_->setFormat(QStringLiteral("%p %"));
+    fusionProgress_->setVisible(false);
+    cancelFusion_->setObjectName(QStringLiteral("KombinierenAbbrechen"));
+    cancelFusion_->setVisible(false);
+    auto* progressRow = new QHBoxLayout;
+    progressRow->addWidget(fusionProgress_, 1);
+    progressRow->addWidget(cancelFusion_);
+    column->addWidget(stackBox_);
+    column->addWidget(pictures_, 2);
+    column->addWidget(picture_, 3);
+    column->addLayout(progressRow);
+    column->addWidget(buildCameraBox());
+    return side;
+}
 
 QWidget* HostWindow::buildCameraBox() {
     auto* box = new QWidget;
@@ -216,31 +244,15 @@ void HostWindow::combine(const QStringList& pictures, const QString& output) {
 
 void HostWindow::showPicture(const QImage& picture) {
     if (picture.isNull()) return;
+    shown_ = picture;
     picture_->setPixmap(QPixmap::fromImage(
         picture.scaled(picture_->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation)));
 }
 
 bool HostWindow::eventFilter(QObject* watched, QEvent* event) {
-    const bool click = (event->type() == QEvent::MouseButtonRelease &&
-                        static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) ||
-                       (event->type() == QEvent::KeyRelease &&
-                        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space);
-    if (click && watched == panel_->panel()->AutoKomb) keepStackWithinPlan();
+    if (watched == picture_ && event->type() == QEvent::Resize && !shown_.isNull())
+        showPicture(shown_);
     return QMainWindow::eventFilter(watched, event);
-}
-
-void HostWindow::keepStackWithinPlan() {
-    quendrix::Panel& p = *panel_->panel();
-    bool beginIsNumber = false, endIsNumber = false;
-    const QString begin = p.BBeginn[0]->text(), end = p.BEnde[0]->text();
-    const qint64 from = begin.trimmed().toLongLong(&beginIsNumber);
-    const qint64 to = end.trimmed().toLongLong(&endIsNumber);
-    if (!beginIsNumber || !endIsNumber || from >= to) return;
-    p.BBeginn[0]->setText(end);
-    p.BEnde[0]->setText(begin);
-    note(QStringLiteral("Der Stapel läuft abwärts: er beginnt bei %1 und endet bei %2 Schritten.")
-             .arg(to)
-             .arg(from));
 }
 
 void HostWindow::note(const QString& text) {
@@ -256,6 +268,7 @@ void HostWindow::report(const QString& problem) {
 void HostWindow::closeEvent(QCloseEvent* event) {
     // A rig that never came into service has not read its settings: writing the panel's
     // defaults back would overwrite them.
+    stack_->stopForClosing();
     if (ready_ && !shutDown_) {
         shutDown_ = true;
         statusBar()->showMessage(QStringLiteral("Steuerung wird abgeschaltet …"));

@@ -2,12 +2,16 @@
 
 #include "camerachoice.h"
 
+#include <QImage>
 #include <QMainWindow>
 #include <functional>
 
 class CaptureSession;
 class Fusion;
 class FusionPreview;
+class Shortcuts;
+class StackBox;
+class StackControl;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -16,11 +20,16 @@ class QProgressBar;
 class QPushButton;
 class QSpinBox;
 class ctlQuendrix;
+namespace quendrix {
+class Platform;
+}
 
-// The application's window: the panel in the middle; at the side what was taken, a preview
-// of the stack so far and of its fusion, and the camera the pictures are taken with. It plays
-// the host's part through a CaptureSession: each picture the panel asks for is taken into the
-// run's folder before the run is released, and a finished stack is fused.
+// The application's window: the panel at the left, in its own size; beside it, taking whatever
+// room the window has, the stack's controls (presets, pause, stop, the time left), what was
+// taken, a preview of the stack so far and of its fusion, and the camera the pictures are taken
+// with. It plays the host's part through a CaptureSession: each picture the panel asks for is
+// taken into the run's folder before the run is released, and a finished stack is fused. The
+// StackControl keeps the panel's runs safe (see there).
 class HostWindow : public QMainWindow {
     Q_OBJECT
 public:
@@ -29,6 +38,9 @@ public:
     ctlQuendrix& panel() const { return *panel_; }
     CaptureSession& session() const { return *session_; }
     Fusion& fusion() const { return *fusion_; }
+    StackControl& stackControl() const { return *stack_; }
+    // The panel's surroundings (dialogs, clock, keys): Qt's unless set.
+    void setPlatform(quendrix::Platform& platform);
     // The camera to start with; focus tells the simulated camera where the rail stands, and
     // picturesRoot (empty: the default) is where each run gets its folder.
     void setCamera(const CameraChoice& choice, std::function<double()> focus,
@@ -40,25 +52,26 @@ public:
     void report(const QString& problem);
 
 protected:
-    // Keeps a stack started from the panel within its plan (see keepStackWithinPlan).
+    // The preview follows the size of its place.
     bool eventFilter(QObject* watched, QEvent* event) override;
     // Stops the rig and writes its state to the settings file before the window goes.
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    QWidget* buildSide();
     QWidget* buildCameraBox();
     void note(const QString& text);
     void applyCamera();
     void combine(const QStringList& pictures, const QString& output);
     void showPicture(const QImage& picture);
-    // The panel runs a stack downward from its start: started at the lower end, it would run
-    // past the other one. The photographer's range is kept, with the higher end as the start.
-    void keepStackWithinPlan();
 
     ctlQuendrix* panel_;
     CaptureSession* session_;
     Fusion* fusion_;
     FusionPreview* preview_;
+    StackControl* stack_;
+    StackBox* stackBox_;
+    Shortcuts* shortcuts_;
     QListWidget* pictures_;
     QLabel* picture_;
     QProgressBar* fusionProgress_;
@@ -67,6 +80,7 @@ private:
     QLineEdit* captureCommand_;
     QSpinBox* captureTimeout_;
     QLineEdit* picturesRoot_;
+    QImage shown_;
     std::function<double()> focus_;
     bool ready_ = false;
     bool shutDown_ = false;

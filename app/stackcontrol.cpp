@@ -13,10 +13,12 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QSettings>
 #include <QTimer>
 
 namespace {
 const QString kActive = QStringLiteral("aktiv");
+const QString kCameraSecondsKey = QStringLiteral("capture/secondsPerPicture/");
 
 template <typename Box>
 double field(const Box* box) {
@@ -189,7 +191,7 @@ void StackControl::beginStack() {
     plan.approachSeconds =
         stackplan::approachSeconds(field(p.lblPosition1[0]), field(p.BBeginn[0]), axis);
     plan.moveSeconds = stackplan::planeMoveSeconds(field(p.Schrittzahl), axis);
-    plan.cameraSeconds = lastCameraSeconds_;
+    plan.cameraSeconds = cameraSeconds();
     estimate_.start(plan, now());
     ending_ = Ending::Complete;
     detail_.clear();
@@ -227,7 +229,7 @@ void StackControl::trackRun() {
     RunEstimate::Plan plan;
     plan.pictures = pictures_;
     plan.pauseSeconds = field(p.wartezeit) / 1000;
-    plan.cameraSeconds = lastCameraSeconds_;
+    plan.cameraSeconds = cameraSeconds();
     estimate_.start(plan, now());
     estimate_.approached(now());
     ending_ = Ending::Complete;
@@ -244,7 +246,7 @@ void StackControl::tagChanged(QObject* button) {
     if (phase_ != Phase::Running || quendrix::tag(button) == kActive) return;
     if (quendrix::tag(p.AutoKomb) == kActive || quendrix::tag(p.Mittelw) == kActive) return;
     ending_ = Ending::Complete;
-    lastCameraSeconds_ = estimate_.cameraSeconds();
+    keepCameraSeconds();
     if (!session_.holding()) session_.holdRelease(false);
     phase_ = Phase::Idle;
     emit ended(endingLine());
@@ -307,11 +309,25 @@ void StackControl::finish() {
         if (quendrix::value(p.Check0[6]) != 1) quendrix::setValue(p.Check0[6], 1);
     }
     panel_.Timer3()->stop();  // the run's tail may have started it again
-    if (taken_ > 0) lastCameraSeconds_ = estimate_.cameraSeconds();
+    keepCameraSeconds();
     heldSince_ = -1;
     phase_ = Phase::Idle;
     emit ended(endingLine());
     emit changed();
+}
+
+// How long a picture takes with the camera now chosen: as measured in the last run with it,
+// here or in an earlier session.
+double StackControl::cameraSeconds() const {
+    const Camera* camera = session_.camera();
+    if (!camera) return 0;
+    return QSettings().value(kCameraSecondsKey + camera->kind(), 0.0).toDouble();
+}
+
+void StackControl::keepCameraSeconds() {
+    const Camera* camera = session_.camera();
+    if (taken_ == 0 || !camera) return;
+    QSettings().setValue(kCameraSecondsKey + camera->kind(), estimate_.cameraSeconds());
 }
 
 QString StackControl::endingLine() const {

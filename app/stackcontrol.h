@@ -78,6 +78,8 @@ private:
     void stopFor(Ending why, const QString& detail = {});
     // The panel's run code has returned: the board is left as after a finished stack.
     void finish();
+    double cameraSeconds() const;
+    void keepCameraSeconds();
     QString endingLine() const;
     double now() const { return clock_.nsecsElapsed() / 1e9; }
     void send(const QString& command);
@@ -96,6 +98,5 @@ private:
     int pictures_ = 0;
     QElapsedTimer clock_;
     RunEstimate estimate_;
-    double lastCameraSeconds_ = 0;
     double heldSince_ = -1;
 };

@@ -1,7 +1,6 @@
 #include "stackcontrol.h"
 
 #include "session/capturesession.h"
-#include "stackplan.h"
 
 #include <quendrix/Panel.h>
 #include <quendrix/ctlQuendrix.h>
@@ -120,7 +119,7 @@ bool StackControl::eventFilter(QObject* watched, QEvent* event) {
     // The window clicks the button itself: after a question the button may have lost its
     // pressed state, and the release would then click nothing.
     button->setDown(false);
-    if (confirmDirection()) {
+    if (confirmDirection() && withinTravel()) {
         beginStack();
         button->click();  // the panel's start; approachReturned follows it
         if (phase_ == Phase::Approach) phase_ = Phase::Idle;
@@ -174,7 +173,27 @@ bool StackControl::confirmDirection() {
     return true;
 }
 
-void StackControl::beginStack() {
+bool StackControl::withinTravel() {
+    const quendrix::Panel& p = *panel_.panel();
+    const double travel = field(p.Label13[0]);  // MaxPosition of axis 0
+    const double point = stackplan::approachPoint(field(p.BBeginn[0]), axis());
+    if (travel <= 0 || point <= travel) return true;
+    panel_.platform().messageBox(
+        QStringLiteral("Der Stapel beginnt bei %1 Schritten und wird von %2 Schritten aus "
+                       "angefahren; Achse 0 reicht aber nur bis %3 Schritte (MaxPosition). Die "
+                       "Steuerung liefe ihn von der jetzigen Stelle aus.\n\n"
+                       "Der Stapel wird nicht gestartet.")
+            .arg(p.BBeginn[0]->text().trimmed())
+            .arg(point)
+            .arg(p.Label13[0]->text().trimmed()),
+        quendrix::MsgBox::OKOnly | quendrix::MsgBox::Exclamation, QStringLiteral("Stapel"));
+    emit ended(QStringLiteral("Stapel nicht gestartet: sein Beginn liegt jenseits des Wegs von "
+                              "Achse 0 (%1 Schritte).")
+                   .arg(p.Label13[0]->text().trimmed()));
+    return false;
+}
+
+stackplan::Axis StackControl::axis() const {
     const quendrix::Panel& p = *panel_.panel();
     stackplan::Axis axis;
     axis.stepPause = field(p.Taktpause[0]);
@@ -182,6 +201,12 @@ void StackControl::beginStack() {
     axis.stepsPerMm = lead != 0 ? field(p.Schritte[0]) / lead : 0;
     axis.controltyp = panel_.Controltyp();
     axis.motorArt0 = int(panel_.MotorArt0());
+    return axis;
+}
+
+void StackControl::beginStack() {
+    const quendrix::Panel& p = *panel_.panel();
+    const stackplan::Axis axis = this->axis();
     stack_ = true;
     taken_ = 0;
     pictures_ = int(field(p.Ebenen)) + 1;

@@ -2,6 +2,7 @@
 
 #include "hostplatform.h"
 #include "runestimate.h"
+#include "stackplan.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -68,6 +69,10 @@ private:
     bool startGesture(QObject* watched, QEvent* event) const;
     // The stack's direction against its end; false when the photographer keeps it unstarted.
     bool confirmDirection();
+    // The panel skips an approach beyond axis 0's travel and would run the stack from wherever
+    // the axis stands: such a stack is not started.
+    bool withinTravel();
+    stackplan::Axis axis() const;
     void beginStack();
     void approachReturned();
     void trackRun();

@@ -71,11 +71,14 @@ double planeMoveSeconds(double steps, const Axis& axis) {
     return std::min(seconds, kPlaneWaitSeconds);
 }
 
+double approachPoint(double begin, const Axis& axis) {
+    return std::round(begin + (axis.controltyp == 2 ? axis.stepsPerMm / 100 : axis.stepsPerMm));
+}
+
 double approachSeconds(double position, double begin, const Axis& axis) {
-    double above = axis.stepsPerMm;
-    if (axis.controltyp == 2) above /= 100;
-    const double first = std::fabs(std::round(begin + above) - position);
-    const double second = std::fabs(std::round(begin + above) - std::round(begin));
+    const double point = approachPoint(begin, axis);
+    const double first = std::fabs(point - position);
+    const double second = std::fabs(point - std::round(begin));
     const bool canBus = axis.motorArt0 == 1;
     const double firstMicros = stepMicros(canBus ? 2 : 1, axis);
     const double secondMicros = stepMicros(canBus ? 2 : distanceSpeedMode(second), axis);

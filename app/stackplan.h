@@ -33,10 +33,13 @@ int distanceSpeedMode(double steps);
 // Microseconds per step in a speed mode, as the panel sets the board for it.
 double stepMicros(int mode, const Axis& axis);
 
+// Where the approach to a stack starting at `begin` first drives to: one millimetre above the
+// start (a hundredth on the microscope), so that every plane is reached from the same side.
+double approachPoint(double begin, const Axis& axis);
 // One plane step of `steps`; the panel waits at most 6 s for it, then goes on.
 double planeMoveSeconds(double steps, const Axis& axis);
-// From `position` to the start: first to one millimetre above it (a hundredth on the
-// microscope) at normal speed, then down to the start at the speed its distance gets.
+// From `position` to the start: first to the approach point at normal speed, then down to the
+// start at the speed its distance gets.
 double approachSeconds(double position, double begin, const Axis& axis);
 
 }  // namespace stackplan

@@ -188,6 +188,16 @@ private slots:
         QVERIFY(commands().filter(QRegularExpression("^t")).isEmpty());
         QVERIFY(asked_.isEmpty() && window.stackControl().phase() == Phase::Idle);
         QVERIFY(listed().last().startsWith("Stapel nicht gestartet"));
+        // Nor is a stack whose start lies beyond axis 0's travel: the panel would skip the
+        // approach and run it from where the axis stands.
+        p.Label13[0]->setText("400");
+        plan("60", "0", "3");  // approached from 460
+        QTest::mouseClick(p.AutoKomb, Qt::LeftButton);
+        QCOMPARE(platform_->messages.size(), 2);
+        QVERIFY(platform_->messages[1].prompt.contains("MaxPosition"));
+        QVERIFY(commands().filter(QRegularExpression("^t")).isEmpty() && asked_.isEmpty());
+        p.Label13[0]->setText("100000");
+        plan("0", "60", "3");
 
         QStringList progress;
         connect(&window.panel(), &ctlQuendrix::Schicht, this,

@@ -104,7 +104,7 @@ HostWindow::HostWindow()
         report(message);
     });
     connect(cancelFusion_, &QPushButton::clicked, fusion_, &Fusion::cancel);
-    connect(stack_, &StackControl::ended, this, &HostWindow::note);
+    connect(stack_, &StackControl::reported, this, &HostWindow::note);
     connect(stack_, &StackControl::notice, this,
             [this](const QString& text) { statusBar()->showMessage(text, 8000); });
     connect(shortcuts_, &Shortcuts::notice, this,

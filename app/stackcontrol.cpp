@@ -162,14 +162,14 @@ bool StackControl::confirmDirection() {
             .arg(p.BBeginn[0]->text().trimmed(), way, p.BEnde[0]->text().trimmed()),
         quendrix::MsgBox::YesNo | quendrix::MsgBox::Exclamation, QStringLiteral("Stapel"));
     if (answer != quendrix::MsgBox::Yes) {
-        emit ended(QStringLiteral("Stapel nicht gestartet: er liefe %1 vom Ende weg.").arg(way));
+        emit reported(QStringLiteral("Stapel nicht gestartet: er liefe %1 vom Ende weg.").arg(way));
         return false;
     }
     const QString text = p.BBeginn[0]->text();
     p.BBeginn[0]->setText(p.BEnde[0]->text());
     p.BEnde[0]->setText(text);
-    emit ended(QStringLiteral("Beginn und Ende getauscht: der Stapel läuft von %1 %2 bis %3.")
-                   .arg(p.BBeginn[0]->text().trimmed(), way, p.BEnde[0]->text().trimmed()));
+    emit reported(QStringLiteral("Beginn und Ende getauscht: der Stapel läuft von %1 %2 bis %3.")
+                      .arg(p.BBeginn[0]->text().trimmed(), way, p.BEnde[0]->text().trimmed()));
     return true;
 }
 
@@ -187,9 +187,9 @@ bool StackControl::withinTravel() {
             .arg(point)
             .arg(p.Label13[0]->text().trimmed()),
         quendrix::MsgBox::OKOnly | quendrix::MsgBox::Exclamation, QStringLiteral("Stapel"));
-    emit ended(QStringLiteral("Stapel nicht gestartet: sein Beginn liegt jenseits des Wegs von "
-                              "Achse 0 (%1 Schritte).")
-                   .arg(p.Label13[0]->text().trimmed()));
+    emit reported(QStringLiteral("Stapel nicht gestartet: sein Beginn liegt jenseits des Wegs von "
+                                 "Achse 0 (%1 Schritte).")
+                      .arg(p.Label13[0]->text().trimmed()));
     return false;
 }
 
@@ -274,7 +274,7 @@ void StackControl::tagChanged(QObject* button) {
     keepCameraSeconds();
     if (!session_.holding()) session_.holdRelease(false);
     phase_ = Phase::Idle;
-    emit ended(endingLine());
+    emit reported(endingLine());
     emit changed();
 }
 
@@ -337,7 +337,7 @@ void StackControl::finish() {
     keepCameraSeconds();
     heldSince_ = -1;
     phase_ = Phase::Idle;
-    emit ended(endingLine());
+    emit reported(endingLine());
     emit changed();
 }
 

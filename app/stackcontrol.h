@@ -57,8 +57,8 @@ public:
 
 signals:
     void changed();
-    // How a run ended, for the pictures list.
-    void ended(const QString& line);
+    // A line for the pictures list: how a run ended, or why a stack was not started as planned.
+    void reported(const QString& line);
     // Something the photographer should read now (the status bar).
     void notice(const QString& text);
 

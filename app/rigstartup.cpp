@@ -81,8 +81,30 @@ bool RigStartup::run(double deadlineSeconds) {
     QObject::disconnect(readiness);
     // A start-up cut short configured the board only in part.
     ready_ = ready_ && !timedOut_ && failure_.isEmpty();
-    if (ready_) recalculatePlan();
+    if (ready_) {
+        recalculatePlan();
+        alignDirections();
+    }
     return ready_;
+}
+
+// The panel sends a direction only when its direction box changes, and a board may power on
+// running the other way than the box shows: the first move down after start-up would run
+// up. The board is told the direction the panel shows, so the two agree from the start.
+void RigStartup::alignDirections() {
+    const int axes = panel_.Controltyp() == 0 ? 2 : 1;
+    for (int axis = 0; axis < axes; ++axis) {
+        const bool forward = quendrix::value(panel_.panel()->Check0[4 + axis]) == 1;
+        QString command = forward ? QStringLiteral("v#") : QStringLiteral("z#");
+        if (axis == 1) command = command.toUpper();
+        try {
+            panel_.Output(command);
+        } catch (const std::exception& error) {
+            failure_ = QString::fromLocal8Bit(error.what());
+            ready_ = false;
+            return;
+        }
+    }
 }
 
 // The lens changer and the microscope read the number of planes before the plan's start and

@@ -28,6 +28,8 @@ public:
 private:
     // The plan read from the settings as the panel shows it after its start-up.
     void recalculatePlan();
+    // Tells the board the direction each axis's direction box shows.
+    void alignDirections();
     // Where the board was looked for: the device or address, the key that names it and the
     // settings file.
     QString where(bool german) const;

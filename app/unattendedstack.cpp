@@ -151,14 +151,9 @@ void UnattendedStack::start(bool ready) {
                     .arg(request_.upper() - qint64(step) * request_.planes)
                     .arg(step)
                     .arg(rounding));
-    // The panel sends a direction only when its direction box changes, and after start-up the
-    // board may still run the other way (a board powers on running forward). Both point down
-    // from here on; a CAN drive, which keeps its direction while it drives to targets, steps
-    // its planes that way too.
-    if (p.Check0[4]->isChecked())
-        p.Check0[4]->setChecked(false);  // its handler sends "z#"
-    else
-        panel_.Output(QStringLiteral("z#"));
+    // A CAN drive keeps its direction while it drives to targets, and the plane steps follow
+    // it: it must point down (start-up made the board agree with the box).
+    if (p.Check0[4]->isChecked()) p.Check0[4]->setChecked(false);  // its handler sends "z#"
     p.AutoKomb->click();
     if (!done_ && quendrix::tag(p.AutoKomb) != QStringLiteral("aktiv") &&
         session_.runPictures().isEmpty())

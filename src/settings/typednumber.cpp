@@ -25,7 +25,10 @@ bool groupedInPlace(const QString& body, const QLocale& locale) {
         if (at >= 0 && at < end) end = at;
     }
     const QStringList groups = body.mid(start, end - start).split(group);
-    if (groups.first().isEmpty() || groups.first().size() > 3) return false;
+    // A leading group is one to three digits and, with groups after it, no zero: "0.023" is
+    // no thousands.
+    if (groups.first().isEmpty() || groups.first().size() > 3 || groups.first().startsWith(u'0'))
+        return false;
     for (qsizetype i = 1; i < groups.size(); ++i)
         if (groups[i].size() != 3) return false;
     return true;
@@ -101,13 +104,6 @@ QString understood(const std::vector<Reading>& readings, const QLocale& locale) 
     return lines.join(u'\n');
 }
 
-// A text that every reading of the box takes as `number`, in the locale's way if it can be.
-std::optional<QString> howToType(double number, const NumberBoxRule& rule, const QLocale& locale) {
-    for (const QString& text : {doubleToText(number, locale), doubleToText(number, QLocale::c())})
-        if (allRead(readingsOf(text, rule, locale), number)) return text;
-    return std::nullopt;
-}
-
 }  // namespace
 
 std::optional<double> meantNumber(const QString& text, const QLocale& locale) {
@@ -134,6 +130,19 @@ std::optional<double> meantNumber(const QString& text, const QLocale& locale) {
         return std::nullopt;
     }
 }
+
+namespace {
+
+// A text that every reading of the box takes as `number` and that means `number` to a reader,
+// in the locale's way if it can be: "123.456" is no way to type 123,456 in German.
+std::optional<QString> howToType(double number, const NumberBoxRule& rule, const QLocale& locale) {
+    for (const QString& text : {doubleToText(number, locale), doubleToText(number, QLocale::c())})
+        if (meantNumber(text, locale) == number && allRead(readingsOf(text, rule, locale), number))
+            return text;
+    return std::nullopt;
+}
+
+}  // namespace
 
 TypedNumber judgeTypedNumber(const QString& text, const NumberBoxRule& rule,
                              const QLocale& locale) {

@@ -59,6 +59,13 @@ private slots:
                  qPrintable(misread.note));
         QVERIFY(judgeTypedNumber("1.25", lead, de).asTyped);
         QVERIFY(judgeTypedNumber(" 1.25 ", lead, de).asTyped);
+        // What it suggests is read as typed: "0.023" is no grouped 23, and no text is offered
+        // where German would read thousands ("123.456").
+        const TypedNumber small = judgeTypedNumber(",023", lead, de);
+        QVERIFY2(small.note.contains("„0.023“"), qPrintable(small.note));
+        QVERIFY(judgeTypedNumber("0.023", lead, de).asTyped);
+        QVERIFY2(!judgeTypedNumber("123,456", lead, de).note.contains("„"),
+                 qPrintable(judgeTypedNumber("123,456", lead, de).note));
     }
 
     // Texts that are no number, and numbers that make no sense in the box.

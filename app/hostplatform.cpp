@@ -1,12 +1,18 @@
 #include "hostplatform.h"
 
+#include <QCoreApplication>
+
 namespace {
-const QString kReleaseNotice = QStringLiteral("Quendrix wartet auf Freigabe: ");
 constexpr double kPollSeconds = 0.05;  // how promptly a resume or a stop is noticed
+
+// The start of the panel's notice that it still waits for the release, in the panel's language.
+QString releaseNotice() {
+    return QCoreApplication::translate("quendrix::Link", "Quendrix wartet auf Freigabe: ");
+}
 }  // namespace
 
 int HostPlatform::messageBox(const QString& prompt, int style, const QString& title) {
-    if (prompt.startsWith(kReleaseNotice) && releaseHeldOn && releaseHeldOn()) {
+    if (prompt.startsWith(releaseNotice()) && releaseHeldOn && releaseHeldOn()) {
         while (releaseHeldOn())
             base_->idle(kPollSeconds);
         return quendrix::MsgBox::OK;

@@ -45,7 +45,7 @@ HostWindow::HostWindow()
       pictures_(new QListWidget),
       picture_(new QLabel),
       fusionProgress_(new QProgressBar),
-      cancelFusion_(new QPushButton(QStringLiteral("Abbrechen"))) {
+      cancelFusion_(new QPushButton(tr("Abbrechen"))) {
     setWindowTitle(QStringLiteral("Quendrix"));
     panel_->setObjectName(QStringLiteral("Quendrix"));
     // The panel keeps its own size at the left; the rest of the window is for the pictures.
@@ -62,22 +62,21 @@ HostWindow::HostWindow()
         aside->hide();
         own->setParent(aside);
     }
-    statusBar()->showMessage(QStringLiteral("Steuerung wird gesucht …"));
+    statusBar()->showMessage(tr("Steuerung wird gesucht …"));
 
     connect(session_, &CaptureSession::pictureTaken, this,
             [this](int plane, const QString& file, qint64 position) {
-                note(QStringLiteral("Bild %1 aufgenommen (%2 Schritte): %3")
+                note(tr("Bild %1 aufgenommen (%2 Schritte): %3")
                          .arg(plane)
                          .arg(position)
                          .arg(QFileInfo(file).fileName()));
                 if (plane == 1) preview_->reset();
                 preview_->offer(session_->runPictures());
             });
-    connect(session_, &CaptureSession::copyTaken, this, [this](const QString& file) {
-        note(QStringLiteral("Kopie aufgenommen: %1").arg(native(file)));
-    });
+    connect(session_, &CaptureSession::copyTaken, this,
+            [this](const QString& file) { note(tr("Kopie aufgenommen: %1").arg(native(file))); });
     connect(session_, &CaptureSession::averaged, this, [this](const QString& file, int count) {
-        note(QStringLiteral("Mittelwert aus %1 Bildern: %2").arg(count).arg(native(file)));
+        note(tr("Mittelwert aus %1 Bildern: %2").arg(count).arg(native(file)));
         showPicture(QImage(file));
     });
     connect(session_, &CaptureSession::combineRequested, this, &HostWindow::combine);
@@ -92,8 +91,8 @@ HostWindow::HostWindow()
     connect(fusion_, &Fusion::finished, this, [this](const QString& file) {
         fusionProgress_->setVisible(false);
         cancelFusion_->setVisible(false);
-        note(QStringLiteral("Stapel kombiniert: %1").arg(native(file)));
-        statusBar()->showMessage(QStringLiteral("Stapel kombiniert: %1").arg(native(file)));
+        note(tr("Stapel kombiniert: %1").arg(native(file)));
+        statusBar()->showMessage(tr("Stapel kombiniert: %1").arg(native(file)));
         QImageReader reader(file);
         reader.setAutoTransform(true);
         showPicture(reader.read());
@@ -113,13 +112,12 @@ HostWindow::HostWindow()
     connect(stackBox_, &StackBox::problem, this, &HostWindow::report);
     stackBox_->reloadPresets();
     connect(panel_, &ctlQuendrix::SehfeldNeu, this, [this](const QString& width) {
-        statusBar()->showMessage(QStringLiteral("Bildbreite %1 mm").arg(width.trimmed()));
+        statusBar()->showMessage(tr("Bildbreite %1 mm").arg(width.trimmed()));
     });
     connect(panel_, &ctlQuendrix::settingProblem, this, &HostWindow::report);
     connect(panel_, &ctlQuendrix::Bereitschaft, this, [this](bool ready) {
         ready_ = ready_ || ready;
-        statusBar()->showMessage(ready ? QStringLiteral("Bereit")
-                                       : QStringLiteral("Steuerung nicht bereit"));
+        statusBar()->showMessage(ready ? tr("Bereit") : tr("Steuerung nicht bereit"));
     });
 }
 
@@ -139,7 +137,7 @@ QWidget* HostWindow::buildSide() {
     picture_->setAlignment(Qt::AlignCenter);
     picture_->setMinimumSize(300, 225);
     picture_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
-    picture_->setText(QStringLiteral("Noch kein Stapel"));
+    picture_->setText(tr("Noch kein Stapel"));
     picture_->installEventFilter(this);
     fusionProgress_->setObjectName(QStringLiteral("Kombinieren"));
     fusionProgress_->setFormat(QStringLiteral("%p %"));
@@ -163,25 +161,25 @@ QWidget* HostWindow::buildCameraBox() {
     form->setContentsMargins(0, 0, 0, 0);
     cameraKind_ = new QComboBox;
     cameraKind_->setObjectName(QStringLiteral("Kamera"));
-    cameraKind_->addItem(QStringLiteral("Simuliert"), QStringLiteral("sim"));
-    cameraKind_->addItem(QStringLiteral("Befehl"), QStringLiteral("command"));
+    cameraKind_->addItem(tr("Simuliert"), QStringLiteral("sim"));
+    cameraKind_->addItem(tr("Befehl"), QStringLiteral("command"));
     cameraKind_->addItem(QStringLiteral("gphoto2 (USB)"), QStringLiteral("gphoto2"));
     captureCommand_ = new QLineEdit;
     captureCommand_->setObjectName(QStringLiteral("Aufnahmebefehl"));
     captureCommand_->setPlaceholderText(
         QStringLiteral("gphoto2 --capture-image-and-download --filename {file}"));
-    captureCommand_->setToolTip(QStringLiteral(
-        "{file}: die Bilddatei, {plane}: die Schicht (ab 1), {position}: Achse 0 in Schritten"));
+    captureCommand_->setToolTip(
+        tr("{file}: die Bilddatei, {plane}: die Schicht (ab 1), {position}: Achse 0 in Schritten"));
     captureTimeout_ = new QSpinBox;
     captureTimeout_->setObjectName(QStringLiteral("Zeitlimit"));
     captureTimeout_->setRange(1, 86400);
     captureTimeout_->setSuffix(QStringLiteral(" s"));
     picturesRoot_ = new QLineEdit;
     picturesRoot_->setObjectName(QStringLiteral("Bilderordner"));
-    form->addRow(QStringLiteral("Kamera"), cameraKind_);
-    form->addRow(QStringLiteral("Befehl"), captureCommand_);
-    form->addRow(QStringLiteral("Zeitlimit"), captureTimeout_);
-    form->addRow(QStringLiteral("Bilder in"), picturesRoot_);
+    form->addRow(tr("Kamera"), cameraKind_);
+    form->addRow(tr("Befehl"), captureCommand_);
+    form->addRow(tr("Zeitlimit"), captureTimeout_);
+    form->addRow(tr("Bilder in"), picturesRoot_);
     connect(cameraKind_, &QComboBox::activated, this, &HostWindow::applyCamera);
     connect(captureCommand_, &QLineEdit::editingFinished, this, &HostWindow::applyCamera);
     connect(captureTimeout_, &QSpinBox::editingFinished, this, &HostWindow::applyCamera);
@@ -210,7 +208,7 @@ void HostWindow::setCamera(const CameraChoice& choice, std::function<double()> f
 // run goes on without its pictures.
 void HostWindow::applyCamera() {
     if (session_->capturing()) {
-        report(QStringLiteral("Die Kamera wird nach der laufenden Aufnahme gewechselt."));
+        report(tr("Die Kamera wird nach der laufenden Aufnahme gewechselt."));
         QMetaObject::invokeMethod(this, &HostWindow::applyCamera, Qt::QueuedConnection);
         return;
     }
@@ -230,9 +228,9 @@ void HostWindow::applyCamera() {
 }
 
 void HostWindow::combine(const QStringList& pictures, const QString& output) {
-    note(QStringLiteral("%1 Bilder werden kombiniert …").arg(pictures.size()));
+    note(tr("%1 Bilder werden kombiniert …").arg(pictures.size()));
     if (fusion_->running()) {
-        report(QStringLiteral("Es wird noch ein Stapel kombiniert; dieser bleibt unkombiniert."));
+        report(tr("Es wird noch ein Stapel kombiniert; dieser bleibt unkombiniert."));
         return;
     }
     preview_->reset();
@@ -261,7 +259,7 @@ void HostWindow::note(const QString& text) {
 }
 
 void HostWindow::report(const QString& problem) {
-    note(QStringLiteral("Achtung: ") + problem);
+    note(tr("Achtung: ") + problem);
     statusBar()->showMessage(problem);
 }
 
@@ -271,7 +269,7 @@ void HostWindow::closeEvent(QCloseEvent* event) {
     stack_->stopForClosing();
     if (ready_ && !shutDown_) {
         shutDown_ = true;
-        statusBar()->showMessage(QStringLiteral("Steuerung wird abgeschaltet …"));
+        statusBar()->showMessage(tr("Steuerung wird abgeschaltet …"));
         fusion_->cancel();
         session_->setCamera(nullptr);
         try {

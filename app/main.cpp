@@ -5,6 +5,7 @@
 // stack without a window and quits.
 #include "desktop/appicon.h"
 #include "hostwindow.h"
+#include "language/language.h"
 #include "options.h"
 #include "propertyrestore.h"
 #include "rigsettings.h"
@@ -23,11 +24,9 @@
 #include <QDir>
 #include <QGuiApplication>
 #include <QLabel>
-#include <QLibraryInfo>
 #include <QLineEdit>
 #include <QStatusBar>
 #include <QTimer>
-#include <QTranslator>
 #include <cstdio>
 
 namespace {
@@ -59,15 +58,6 @@ bool displayNamed() {
            !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
 }
 
-// Qt's own dialogs (the Yes and No of the panel's questions) speak the panel's German. Without
-// Qt's translations installed they stay in English.
-void loadQtTranslations(QApplication& app) {
-    auto* translator = new QTranslator(&app);
-    if (translator->load(QLocale(QLocale::German, QLocale::Germany), QStringLiteral("qtbase"),
-                         QStringLiteral("_"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
-        QApplication::installTranslator(translator);
-}
-
 // The stack plan as the panel shows it, so that a snapshot tells whether a plan resumed.
 QString planShown(const quendrix::Panel& p) {
     return QStringLiteral("stack plan: Beginn %1, Ende %2, Ebenen %3, Schritte %4")
@@ -94,7 +84,11 @@ int main(int argc, char* argv[]) {
     if (unattended || (options.unattended() && !displayNamed()))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    loadQtTranslations(app);
+    // The language is settled before the first widget takes its texts.
+    QString problem;
+    if (!language::install(app, language::choose(options.language, QLocale::system().uiLanguages()),
+                           &problem))
+        say(stderr, problem + QStringLiteral("; the window stays German"));
     desktop::useApplicationIcon();
 
     SimulatedRig rig;  // outlives the panel, which holds its port
@@ -147,12 +141,15 @@ int main(int argc, char* argv[]) {
         report(QStringLiteral("the simulated rig works on a copy of %1 (%2); %1 itself is never "
                               "written")
                    .arg(named, copy),
-               QStringLiteral("Simulierte Steuerung: sie arbeitet mit einer Kopie von %1 (%2); "
-                              "die Datei selbst bleibt unverändert.")
+               QCoreApplication::translate(
+                   "main",
+                   "Simulierte Steuerung: sie arbeitet mit einer Kopie von %1 (%2); die Datei "
+                   "selbst bleibt unverändert.")
                    .arg(named, copy));
         if (window)
             window->setWindowTitle(
-                QStringLiteral("Quendrix – simulierte Steuerung mit einer Kopie von %1")
+                QCoreApplication::translate(
+                    "main", "Quendrix – simulierte Steuerung mit einer Kopie von %1")
                     .arg(QFileInfo(settings.named).fileName()));
     }
 
@@ -230,7 +227,8 @@ int main(int argc, char* argv[]) {
             if (!options.unattended())
                 panel.platform().messageBox(
                     startup.summary(true) + QStringLiteral("\n\n") + startup.advice(true),
-                    quendrix::MsgBox::Exclamation, QStringLiteral("Steuerung nicht gefunden"));
+                    quendrix::MsgBox::Exclamation,
+                    QCoreApplication::translate("main", "Steuerung nicht gefunden"));
         }
         if (run) {
             run->start(ready);

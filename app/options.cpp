@@ -53,6 +53,10 @@ const QList<QCommandLineOption>& allOptions() {
                "and {position} are replaced; no shell is involved.",
                "command"),
         option("capture-timeout", "Seconds one capture may take (60).", "seconds"),
+        option("lang",
+               "The window's language: de (German) or en (English). Default: English when "
+               "the system's user-interface language is English, German otherwise.",
+               "language"),
     };
     return options;
 }
@@ -83,6 +87,7 @@ public:
         if (const QString problem = rig(o); !problem.isEmpty()) return problem;
         if (const QString problem = files(o); !problem.isEmpty()) return problem;
         if (const QString problem = stack(o); !problem.isEmpty()) return problem;
+        if (const QString problem = language(o); !problem.isEmpty()) return problem;
         return camera(o);
     }
 
@@ -159,6 +164,15 @@ private:
         } else if (o.combine) {
             return QStringLiteral("--combine belongs to --stack");
         }
+        return {};
+    }
+
+    QString language(Options& o) const {
+        if (!isSet("lang")) return {};
+        const QString chosen = value("lang");
+        if (chosen != u"de" && chosen != u"en")
+            return QStringLiteral("--lang: de (German) or en (English), not \"%1\"").arg(chosen);
+        o.language = chosen;
         return {};
     }
 

@@ -20,6 +20,7 @@ struct Options {
     QString pictures;  // absolute; empty: the default
     bool combine = false;
     CameraChoice camera;
+    QString language;  // "de" or "en"; empty: as the system's user-interface language
 
     bool simulated() const { return board == Board::Simulated; }
     // Nobody watches: the run must end by itself.

@@ -9,18 +9,19 @@ struct Range {
     qint32 low;
     qint32 high;
 };
-constexpr Range kBegin{"Beginn", 0, 2000000000};
-constexpr Range kEnd{"Ende", 0, 2000000000};
-constexpr Range kPlanes{"Ebenen", 1, 9999};
-constexpr Range kPause{"Pause", 0, 3600000};
+// The fields as the panel names them.
+constexpr Range kBegin{QT_TRANSLATE_NOOP("StackPreset", "Beginn"), 0, 2000000000};
+constexpr Range kEnd{QT_TRANSLATE_NOOP("StackPreset", "Ende"), 0, 2000000000};
+constexpr Range kPlanes{QT_TRANSLATE_NOOP("StackPreset", "Ebenen"), 1, 9999};
+constexpr Range kPause{QT_TRANSLATE_NOOP("StackPreset", "Pause"), 0, 3600000};
 
 // A whole number within the range, or nothing with *error naming the field.
 std::optional<qint32> wholeNumber(const QString& text, const Range& range, QString* error) {
     bool ok = false;
     const qint64 value = text.trimmed().toLongLong(&ok);
     if (ok && value >= range.low && value <= range.high) return qint32(value);
-    *error = QStringLiteral("%1: \"%2\" ist keine ganze Zahl von %3 bis %4")
-                 .arg(QString::fromLatin1(range.field), text)
+    *error = StackPreset::tr("%1: \"%2\" ist keine ganze Zahl von %3 bis %4")
+                 .arg(StackPreset::tr(range.field), text)
                  .arg(range.low)
                  .arg(range.high);
     return std::nullopt;
@@ -44,7 +45,7 @@ std::optional<StackPreset> StackPreset::fromFields(const QString& name, const QS
     const auto pauseMs = wholeNumber(pause, kPause, error);
     if (!pauseMs) return std::nullopt;
     if (name.trimmed().isEmpty()) {
-        *error = QStringLiteral("Die Vorlage braucht einen Namen");
+        *error = tr("Die Vorlage braucht einen Namen");
         return std::nullopt;
     }
     return StackPreset{name.trimmed(), *from, *to, *intervals, *pauseMs};
@@ -67,7 +68,7 @@ QList<StackPreset> load(QSettings& settings, int rigType, QStringList* problems)
         if (preset)
             list.append(*preset);
         else
-            problems->append(QStringLiteral("%1, [%2] Eintrag %3: %4")
+            problems->append(StackPreset::tr("%1, [%2] Eintrag %3: %4")
                                  .arg(settings.fileName(), groupOf(rigType))
                                  .arg(i + 1)
                                  .arg(error));

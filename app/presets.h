@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -10,6 +11,9 @@ class QSettings;
 // A stack the photographer keeps under a name: its range on axis 0 in motor steps, its number
 // of planes (intervals) and the pause between pictures in milliseconds.
 struct StackPreset {
+    Q_DECLARE_TR_FUNCTIONS(StackPreset)
+
+public:
     QString name;
     qint32 begin = 0;
     qint32 end = 0;

@@ -22,14 +22,14 @@ QString deviceOf(const QSerialPort& port) {
 }
 
 // Why a serial port did not open, in the words a photographer can act on.
-QString openFailure(const QSerialPort& port, bool german) {
+QString openFailure(const QSerialPort& port, bool forWindow) {
     switch (port.error()) {
         case QSerialPort::DeviceNotFoundError:
-            return german ? QStringLiteral("dieses Gerät gibt es nicht")
-                          : QStringLiteral("there is no such device");
+            return forWindow ? RigStartup::tr("dieses Gerät gibt es nicht")
+                             : QStringLiteral("there is no such device");
         case QSerialPort::PermissionError:
-            return german
-                       ? QStringLiteral("keine Berechtigung, oder ein anderes Programm benutzt ihn")
+            return forWindow
+                       ? RigStartup::tr("keine Berechtigung, oder ein anderes Programm benutzt ihn")
                        : QStringLiteral("permission denied, or another program uses it");
         default:
             return port.errorString();
@@ -37,17 +37,17 @@ QString openFailure(const QSerialPort& port, bool german) {
 }
 
 // Why a connection to the board failed.
-QString connectFailure(const QTcpSocket& socket, bool german) {
+QString connectFailure(const QTcpSocket& socket, bool forWindow) {
     switch (socket.error()) {
         case QAbstractSocket::ConnectionRefusedError:
-            return german ? QStringLiteral("die Verbindung wurde abgelehnt")
-                          : QStringLiteral("the connection was refused");
+            return forWindow ? RigStartup::tr("die Verbindung wurde abgelehnt")
+                             : QStringLiteral("the connection was refused");
         case QAbstractSocket::HostNotFoundError:
-            return german ? QStringLiteral("diese Adresse ist unbekannt")
-                          : QStringLiteral("the address is unknown");
+            return forWindow ? RigStartup::tr("diese Adresse ist unbekannt")
+                             : QStringLiteral("the address is unknown");
         case QAbstractSocket::NetworkError:
-            return german ? QStringLiteral("das Netz ist nicht erreichbar")
-                          : QStringLiteral("the network cannot be reached");
+            return forWindow ? RigStartup::tr("das Netz ist nicht erreichbar")
+                             : QStringLiteral("the network cannot be reached");
         default:
             return socket.errorString();
     }
@@ -121,78 +121,72 @@ void RigStartup::recalculatePlan() {
     planes->setText(text);
 }
 
-QString RigStartup::where(bool german) const {
+QString RigStartup::where(bool forWindow) const {
     const QString file = QDir::toNativeSeparators(panel_.inifile());
     const QString section = panel_.MotorName();
     if (board_ == Options::Board::Wifi) {
         const QString address = panel_.ini(section, QStringLiteral("IP"), QString()).trimmed();
         if (address.isEmpty())
-            return german ? QStringLiteral(
-                                "Für die WiFi-Steuerung ist keine Adresse eingetragen "
-                                "(„IP“ in [%1] von %2)")
-                                .arg(section, file)
-                          : QStringLiteral("no WiFi address is set (\"IP\" in [%1] of %2)")
-                                .arg(section, file);
-        return german ? QStringLiteral("Keine Steuerung unter %1 gefunden („IP“ in [%2] von %3)")
-                            .arg(address, section, file)
-                      : QStringLiteral("no rig found at %1 (\"IP\" in [%2] of %3)")
-                            .arg(address, section, file);
+            return forWindow ? tr("Für die WiFi-Steuerung ist keine Adresse eingetragen "
+                                  "(„IP“ in [%1] von %2)")
+                                   .arg(section, file)
+                             : QStringLiteral("no WiFi address is set (\"IP\" in [%1] of %2)")
+                                   .arg(section, file);
+        return forWindow ? tr("Keine Steuerung unter %1 gefunden („IP“ in [%2] von %3)")
+                               .arg(address, section, file)
+                         : QStringLiteral("no rig found at %1 (\"IP\" in [%2] of %3)")
+                               .arg(address, section, file);
     }
     const QString port = panel_.panel()->ComPort->text();
     const QString device = deviceOf(*panel_.MSComm1());
-    return german ? QStringLiteral("Keine Steuerung an %1 gefunden (Anschluss „%2“ in [%3] von %4)")
-                        .arg(device, port, section, file)
-                  : QStringLiteral("no rig found on %1 (port \"%2\" in [%3] of %4)")
-                        .arg(device, port, section, file);
+    return forWindow ? tr("Keine Steuerung an %1 gefunden (Anschluss „%2“ in [%3] von %4)")
+                           .arg(device, port, section, file)
+                     : QStringLiteral("no rig found on %1 (port \"%2\" in [%3] of %4)")
+                           .arg(device, port, section, file);
 }
 
-QString RigStartup::why(bool german) const {
+QString RigStartup::why(bool forWindow) const {
     if (timedOut_)
-        return german ? QStringLiteral("keine Antwort innerhalb von %1 s").arg(deadline_)
-                      : QStringLiteral("no answer within %1 s").arg(deadline_);
+        return forWindow ? tr("keine Antwort innerhalb von %1 s").arg(deadline_)
+                         : QStringLiteral("no answer within %1 s").arg(deadline_);
     if (!failure_.isEmpty())
-        return german ? QStringLiteral("der Start schlug fehl: %1").arg(failure_)
-                      : QStringLiteral("the start-up failed: %1").arg(failure_);
+        return forWindow ? tr("der Start schlug fehl: %1").arg(failure_)
+                         : QStringLiteral("the start-up failed: %1").arg(failure_);
     if (board_ == Options::Board::Wifi) {
         const QTcpSocket& socket = *panel_.Telnet1();
         if (socket.error() != QAbstractSocket::UnknownSocketError)
-            return german ? QStringLiteral("die Verbindung scheiterte: %1")
-                                .arg(connectFailure(socket, true))
-                          : QStringLiteral("the connection failed: %1")
-                                .arg(connectFailure(socket, false));
+            return forWindow ? tr("die Verbindung scheiterte: %1").arg(connectFailure(socket, true))
+                             : QStringLiteral("the connection failed: %1")
+                                   .arg(connectFailure(socket, false));
     } else if (const QSerialPort& port = *panel_.MSComm1(); port.error() != QSerialPort::NoError) {
-        return german
-                   ? QStringLiteral("der Anschluss lässt sich nicht öffnen: %1")
-                         .arg(openFailure(port, true))
+        return forWindow
+                   ? tr("der Anschluss lässt sich nicht öffnen: %1").arg(openFailure(port, true))
                    : QStringLiteral("the port cannot be opened: %1").arg(openFailure(port, false));
     }
     const QString said = panel_.panel()->Text1[0]->text().trimmed();
-    if (said.isEmpty())
-        return german ? QStringLiteral("keine Antwort") : QStringLiteral("no answer");
-    return german ? QStringLiteral("die Steuerung meldet „%1“").arg(said)
-                  : QStringLiteral("the panel says \"%1\"").arg(said);
+    if (said.isEmpty()) return forWindow ? tr("keine Antwort") : QStringLiteral("no answer");
+    return forWindow ? tr("die Steuerung meldet „%1“").arg(said)
+                     : QStringLiteral("the panel says \"%1\"").arg(said);
 }
 
-QString RigStartup::summary(bool german) const {
+QString RigStartup::summary(bool forWindow) const {
     if (ready_) return {};
-    return where(german) + QStringLiteral(": ") + why(german) + QLatin1Char('.');
+    return where(forWindow) + QStringLiteral(": ") + why(forWindow) + QLatin1Char('.');
 }
 
-QString RigStartup::advice(bool german) const {
+QString RigStartup::advice(bool forWindow) const {
     if (board_ == Options::Board::Wifi)
-        return german ? QStringLiteral(
-                            "Bitte prüfen: Stromversorgung und WiFi der Steuerung, "
-                            "die Adresse in der Einstellungsdatei, --board und --ini.")
-                      : QStringLiteral(
-                            "Check the board's power and WiFi, the address in the "
-                            "settings file, --board and --ini.");
-    return german ? QStringLiteral(
-                        "Bitte prüfen: Kabel und Stromversorgung der Steuerung, den "
-                        "Anschluss in der Einstellungsdatei (z. B. /dev/ttyACM0), "
-                        "--board und --ini, und ob Sie den Anschluss benutzen dürfen "
-                        "(Gruppe dialout).")
-                  : QStringLiteral(
-                        "Check the board's cable and power, the port in the settings "
-                        "file (e.g. /dev/ttyACM0), --board and --ini, and that you may "
-                        "use the port (the group dialout).");
+        return forWindow ? tr("Bitte prüfen: Stromversorgung und WiFi der Steuerung, "
+                              "die Adresse in der Einstellungsdatei, --board und --ini.")
+                         : QStringLiteral(
+                               "Check the board's power and WiFi, the address in the "
+                               "settings file, --board and --ini.");
+    return forWindow ? tr("Bitte prüfen: Kabel und Stromversorgung der Steuerung, den "
+                          "Anschluss in der Einstellungsdatei (z. B. /dev/ttyACM0), "
+                          "--board und --ini, und ob Sie den Anschluss benutzen dürfen "
+                          "(Gruppe dialout).")
+                     : QStringLiteral(
+                           "Check the board's cable and power, the port in the settings "
+                           "file (e.g. /dev/ttyACM0), --board and --ini, and that you may "
+                           "use the port (the group dialout).");
 }

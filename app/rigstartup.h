@@ -2,6 +2,7 @@
 
 #include "options.h"
 
+#include <QCoreApplication>
 #include <QString>
 
 class ctlQuendrix;
@@ -10,6 +11,8 @@ class ctlQuendrix;
 // WiFi_Starten) and, when it does not come into service, tells where the board was looked
 // for, what happened and what to check, instead of leaving the photographer waiting.
 class RigStartup {
+    Q_DECLARE_TR_FUNCTIONS(RigStartup)
+
 public:
     RigStartup(ctlQuendrix& panel, Options::Board board);
 
@@ -20,10 +23,10 @@ public:
     bool run(double deadlineSeconds = 0);
 
     // Why the rig is not in service: where the board was looked for and what happened (empty
-    // once it is in service), and what to check; in German for the window, in English for
-    // the standard error.
-    QString summary(bool german) const;
-    QString advice(bool german) const;
+    // once it is in service), and what to check; in the window's language forWindow, else in
+    // English for the standard error.
+    QString summary(bool forWindow) const;
+    QString advice(bool forWindow) const;
 
 private:
     // The plan read from the settings as the panel shows it after its start-up.
@@ -32,8 +35,8 @@ private:
     void alignDirections();
     // Where the board was looked for: the device or address, the key that names it and the
     // settings file.
-    QString where(bool german) const;
-    QString why(bool german) const;
+    QString where(bool forWindow) const;
+    QString why(bool forWindow) const;
 
     ctlQuendrix& panel_;
     Options::Board board_;

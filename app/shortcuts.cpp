@@ -65,14 +65,14 @@ bool Shortcuts::eventFilter(QObject* watched, QEvent* event) {
 
 void Shortcuts::startJog(int key, bool slow) {
     if (stack_.active()) {
-        emit notice(QStringLiteral("Während eines Stapels oder einer Serie wird nicht verfahren."));
+        emit notice(tr("Während eines Stapels oder einer Serie wird nicht verfahren."));
         return;
     }
     const quendrix::Panel& p = *panel_.panel();
     const int speed = slow ? 1 : 0;  // the panel's jog buttons: 0 normal, 1 slow
     QPushButton* button = key == Qt::Key_PageUp ? p.Auf[speed] : p.Ab[speed];
     if (!button->isVisible() || !button->isEnabled()) {
-        emit notice(QStringLiteral("Achse 0 lässt sich gerade nicht verfahren."));
+        emit notice(tr("Achse 0 lässt sich gerade nicht verfahren."));
         return;
     }
     jogKey_ = key;

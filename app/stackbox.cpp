@@ -32,22 +32,21 @@ QPushButton* button(const QString& text, const QString& name, const QString& tip
 }  // namespace
 
 StackBox::StackBox(ctlQuendrix& panel, StackControl& stack, QWidget* parent)
-    : QGroupBox(QStringLiteral("Stapel"), parent),
+    : QGroupBox(tr("Stapel"), parent),
       panel_(panel),
       stack_(stack),
       presets_(new QComboBox),
-      save_(button(QStringLiteral("Speichern"), QStringLiteral("VorlageSpeichern"),
-                   QStringLiteral("Beginn, Ende, Ebenen und Pause als Vorlage speichern"))),
-      delete_(button(QStringLiteral("Löschen"), QStringLiteral("VorlageLoeschen"),
-                     QStringLiteral("Die gewählte Vorlage löschen"))),
-      pause_(button(QStringLiteral("Pause"), QStringLiteral("Pause"),
-                    QStringLiteral("Nach dem Bild dieser Ebene anhalten; »Weiter« setzt fort"))),
-      stop_(button(QStringLiteral("Stopp"), QStringLiteral("Stopp"),
-                   QStringLiteral("Den Stapel sofort anhalten (Esc)"))),
+      save_(button(tr("Speichern"), QStringLiteral("VorlageSpeichern"),
+                   tr("Beginn, Ende, Ebenen und Pause als Vorlage speichern"))),
+      delete_(button(tr("Löschen"), QStringLiteral("VorlageLoeschen"),
+                     tr("Die gewählte Vorlage löschen"))),
+      pause_(button(tr("Pause"), QStringLiteral("Pause"),
+                    tr("Nach dem Bild dieser Ebene anhalten; »Weiter« setzt fort"))),
+      stop_(button(tr("Stopp"), QStringLiteral("Stopp"), tr("Den Stapel sofort anhalten (Esc)"))),
       progress_(new QLabel) {
     setObjectName(QStringLiteral("Stapelsteuerung"));
     presets_->setObjectName(QStringLiteral("Vorlagen"));
-    presets_->setToolTip(QStringLiteral("Gespeicherte Stapel dieses Aufbaus"));
+    presets_->setToolTip(tr("Gespeicherte Stapel dieses Aufbaus"));
     presets_->setMinimumContentsLength(12);
     progress_->setObjectName(QStringLiteral("Stapelstand"));
     progress_->setWordWrap(true);
@@ -56,7 +55,7 @@ StackBox::StackBox(ctlQuendrix& panel, StackControl& stack, QWidget* parent)
     stop_->setFont(strong);
 
     auto* grid = new QGridLayout(this);
-    grid->addWidget(new QLabel(QStringLiteral("Vorlagen")), 0, 0);
+    grid->addWidget(new QLabel(tr("Vorlagen")), 0, 0);
     grid->addWidget(presets_, 0, 1);
     grid->addWidget(save_, 0, 2);
     grid->addWidget(delete_, 0, 3);
@@ -89,7 +88,7 @@ void StackBox::showState() {
     const bool going =
         phase == StackControl::Phase::Approach || phase == StackControl::Phase::Running;
     pause_->setEnabled(going);
-    pause_->setText(stack_.pauseRequested() ? QStringLiteral("Weiter") : QStringLiteral("Pause"));
+    pause_->setText(stack_.pauseRequested() ? tr("Weiter") : tr("Pause"));
     stop_->setEnabled(going);
     for (QWidget* preset : {static_cast<QWidget*>(presets_), static_cast<QWidget*>(save_),
                             static_cast<QWidget*>(delete_)})
@@ -101,25 +100,21 @@ void StackBox::showState() {
 }
 
 QString StackBox::progressText() const {
-    const QString left = QStringLiteral("noch etwa ") + duration(stack_.remainingSeconds());
-    const QString count =
-        QStringLiteral("%1 von %2 Bildern").arg(stack_.taken()).arg(stack_.pictures());
+    const QString left = tr("noch etwa %1").arg(duration(stack_.remainingSeconds()));
+    const QString count = tr("%1 von %2 Bildern").arg(stack_.taken()).arg(stack_.pictures());
     switch (stack_.phase()) {
         case StackControl::Phase::Idle:
-            return QStringLiteral(
-                "Esc hält an, Bild ↑ / Bild ↓ verfährt Achse 0 "
-                "(mit Umschalt langsam).");
+            return tr("Esc hält an, Bild ↑ / Bild ↓ verfährt Achse 0 (mit Umschalt langsam).");
         case StackControl::Phase::Stopping:
-            return QStringLiteral("Wird angehalten …");
+            return tr("Wird angehalten …");
         case StackControl::Phase::Approach:
-            return QStringLiteral("Anfahrt zum Beginn, %1").arg(left);
+            return tr("Anfahrt zum Beginn, %1").arg(left);
         case StackControl::Phase::Running:
             break;
     }
-    if (stack_.pausedNow())
-        return QStringLiteral("Angehalten nach %1; »Weiter« setzt fort.").arg(count);
+    if (stack_.pausedNow()) return tr("Angehalten nach %1; »Weiter« setzt fort.").arg(count);
     QString text = stack_.isStack() ? QStringLiteral("%1, %2").arg(count, left) : count;
-    if (stack_.pauseRequested()) text += QStringLiteral("; hält nach diesem Bild an");
+    if (stack_.pauseRequested()) text += tr("; hält nach diesem Bild an");
     return text;
 }
 
@@ -129,7 +124,7 @@ void StackBox::reloadPresets() {
     QStringList problems;
     list_ = presets::load(settings, rigType_, &problems);
     for (const QString& problem : problems)
-        emit this->problem(QStringLiteral("Vorlage übergangen: ") + problem);
+        emit this->problem(tr("Vorlage übergangen: ") + problem);
     const QString current = presets_->currentIndex() > 0 ? presets_->currentText() : QString();
     presets_->clear();
     presets_->addItem(QStringLiteral("–"));
@@ -154,7 +149,7 @@ void StackBox::applyPreset(int index) {
     const QString planes = QString::number(preset.planes);
     if (p.Ebenen->text() == planes) p.Ebenen->clear();
     p.Ebenen->setText(planes);
-    emit note(QStringLiteral("Vorlage »%1«: %2 bis %3 Schritte, %4 Ebenen, Pause %5 ms")
+    emit note(tr("Vorlage »%1«: %2 bis %3 Schritte, %4 Ebenen, Pause %5 ms")
                   .arg(preset.name)
                   .arg(preset.begin)
                   .arg(preset.end)
@@ -166,7 +161,7 @@ void StackBox::applyPreset(int index) {
 void StackBox::savePreset() {
     const QString name =
         panel_.platform()
-            .inputBox(QStringLiteral("Name der Vorlage:"), QStringLiteral("Vorlage speichern"),
+            .inputBox(tr("Name der Vorlage:"), tr("Vorlage speichern"),
                       presets_->currentIndex() > 0 ? presets_->currentText() : QString())
             .trimmed();
     if (name.isEmpty()) return;
@@ -175,7 +170,7 @@ void StackBox::savePreset() {
     const auto preset = StackPreset::fromFields(name, p.BBeginn[0]->text(), p.BEnde[0]->text(),
                                                 p.Ebenen->text(), p.wartezeit->text(), &error);
     if (!preset) {
-        emit problem(QStringLiteral("Vorlage »%1« nicht gespeichert: %2").arg(name, error));
+        emit problem(tr("Vorlage »%1« nicht gespeichert: %2").arg(name, error));
         return;
     }
     const auto same = std::find_if(list_.begin(), list_.end(),
@@ -186,7 +181,7 @@ void StackBox::savePreset() {
         list_.append(*preset);
     storePresets();
     presets_->setCurrentIndex(presets_->findText(name));
-    emit note(QStringLiteral("Vorlage »%1« gespeichert").arg(name));
+    emit note(tr("Vorlage »%1« gespeichert").arg(name));
     showState();
 }
 
@@ -195,7 +190,7 @@ void StackBox::deletePreset() {
     if (index <= 0 || index > list_.size()) return;
     const QString name = list_.takeAt(index - 1).name;
     storePresets();
-    emit note(QStringLiteral("Vorlage »%1« gelöscht").arg(name));
+    emit note(tr("Vorlage »%1« gelöscht").arg(name));
     showState();
 }
 

@@ -111,8 +111,7 @@ bool StackControl::eventFilter(QObject* watched, QEvent* event) {
     if (active()) {
         button->setDown(false);
         emit notice(
-            QStringLiteral("Es läuft schon ein Stapel oder eine Serie: anhalten mit "
-                           "»Stopp« oder Esc."));
+            tr("Es läuft schon ein Stapel oder eine Serie: anhalten mit »Stopp« oder Esc."));
         return true;
     }
     if (watched != p.AutoKomb) return false;
@@ -153,22 +152,21 @@ bool StackControl::confirmDirection() {
     const auto direction =
         stackplan::runDirection(panel_.MotorArt0(), quendrix::value(p.Check0[4]));
     if (stackplan::reachesEnd(begin, end, direction)) return true;
-    const QString way = direction == stackplan::Direction::Down ? QStringLiteral("abwärts")
-                                                                : QStringLiteral("aufwärts");
+    const QString way = direction == stackplan::Direction::Down ? tr("abwärts") : tr("aufwärts");
     const int answer = panel_.platform().messageBox(
-        QStringLiteral("Der Stapel läuft von Beginn (%1) %2 und käme so nie zum Ende (%3): er "
-                       "liefe darüber hinaus bis ans Ende der Schiene.\n\n"
-                       "Beginn und Ende tauschen und den Stapel starten?")
+        tr("Der Stapel läuft von Beginn (%1) %2 und käme so nie zum Ende (%3): er liefe "
+           "darüber hinaus bis ans Ende der Schiene.\n\n"
+           "Beginn und Ende tauschen und den Stapel starten?")
             .arg(p.BBeginn[0]->text().trimmed(), way, p.BEnde[0]->text().trimmed()),
-        quendrix::MsgBox::YesNo | quendrix::MsgBox::Exclamation, QStringLiteral("Stapel"));
+        quendrix::MsgBox::YesNo | quendrix::MsgBox::Exclamation, tr("Stapel"));
     if (answer != quendrix::MsgBox::Yes) {
-        emit reported(QStringLiteral("Stapel nicht gestartet: er liefe %1 vom Ende weg.").arg(way));
+        emit reported(tr("Stapel nicht gestartet: er liefe %1 vom Ende weg.").arg(way));
         return false;
     }
     const QString text = p.BBeginn[0]->text();
     p.BBeginn[0]->setText(p.BEnde[0]->text());
     p.BEnde[0]->setText(text);
-    emit reported(QStringLiteral("Beginn und Ende getauscht: der Stapel läuft von %1 %2 bis %3.")
+    emit reported(tr("Beginn und Ende getauscht: der Stapel läuft von %1 %2 bis %3.")
                       .arg(p.BBeginn[0]->text().trimmed(), way, p.BEnde[0]->text().trimmed()));
     return true;
 }
@@ -179,16 +177,16 @@ bool StackControl::withinTravel() {
     const double point = stackplan::approachPoint(field(p.BBeginn[0]), axis());
     if (travel <= 0 || point <= travel) return true;
     panel_.platform().messageBox(
-        QStringLiteral("Der Stapel beginnt bei %1 Schritten und wird von %2 Schritten aus "
-                       "angefahren; Achse 0 reicht aber nur bis %3 Schritte (MaxPosition). Die "
-                       "Steuerung liefe ihn von der jetzigen Stelle aus.\n\n"
-                       "Der Stapel wird nicht gestartet.")
+        tr("Der Stapel beginnt bei %1 Schritten und wird von %2 Schritten aus angefahren; "
+           "Achse 0 reicht aber nur bis %3 Schritte (MaxPosition). Die Steuerung liefe ihn von "
+           "der jetzigen Stelle aus.\n\n"
+           "Der Stapel wird nicht gestartet.")
             .arg(p.BBeginn[0]->text().trimmed())
             .arg(point)
             .arg(p.Label13[0]->text().trimmed()),
-        quendrix::MsgBox::OKOnly | quendrix::MsgBox::Exclamation, QStringLiteral("Stapel"));
-    emit reported(QStringLiteral("Stapel nicht gestartet: sein Beginn liegt jenseits des Wegs von "
-                                 "Achse 0 (%1 Schritte).")
+        quendrix::MsgBox::OKOnly | quendrix::MsgBox::Exclamation, tr("Stapel"));
+    emit reported(tr("Stapel nicht gestartet: sein Beginn liegt jenseits des Wegs von Achse 0 "
+                     "(%1 Schritte).")
                       .arg(p.Label13[0]->text().trimmed()));
     return false;
 }
@@ -299,7 +297,7 @@ void StackControl::lineReceived(const QString& line) {
     const qsizetype mark = text.indexOf(QStringLiteral("|!"));
     if (!text.startsWith(QLatin1Char('q')) || mark < 0) return;
     QString what = text.mid(mark + 2).trimmed();
-    if (what.isEmpty()) what = QStringLiteral("Endschalter");
+    if (what.isEmpty()) what = tr("Endschalter");
     // Not from inside the panel's evaluation of the line: the stop talks to the board.
     QTimer::singleShot(0, this, [this, what] { stopFor(Ending::LimitSwitch, what); });
 }
@@ -356,32 +354,34 @@ void StackControl::keepCameraSeconds() {
 }
 
 QString StackControl::endingLine() const {
-    const QString run = stack_ ? QStringLiteral("Stapel") : QStringLiteral("Mittelwert-Serie");
-    const QString count = QStringLiteral("%1 von %2 Bildern").arg(taken_).arg(pictures_);
+    const QString count = tr("%1 von %2 Bildern").arg(taken_).arg(pictures_);
     QString why;
     switch (ending_) {
         case Ending::Complete:
-            return QStringLiteral("%1 vollständig: %2").arg(run, count);
+            return (stack_ ? tr("Stapel vollständig: %1") : tr("Mittelwert-Serie vollständig: %1"))
+                .arg(count);
         case Ending::Photographer:
-            why = QStringLiteral("Stopp");
+            why = tr("Stopp");
             break;
         case Ending::Failure:
-            why = QStringLiteral("Fehler");
+            why = tr("Fehler");
             break;
         case Ending::LimitSwitch:
             why = detail_;
             break;
         case Ending::Closed:
-            why = QStringLiteral("Fenster geschlossen");
+            why = tr("Fenster geschlossen");
             break;
     }
-    return QStringLiteral("%1 abgebrochen (%2): %3").arg(run, why, count);
+    return (stack_ ? tr("Stapel abgebrochen (%1): %2")
+                   : tr("Mittelwert-Serie abgebrochen (%1): %2"))
+        .arg(why, count);
 }
 
 void StackControl::send(const QString& command) {
     try {
         panel_.Output(command);
     } catch (const std::exception& error) {
-        emit notice(QStringLiteral("%1 nicht gesendet: %2").arg(command, error.what()));
+        emit notice(tr("%1 nicht gesendet: %2").arg(command, error.what()));
     }
 }

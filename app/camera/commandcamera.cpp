@@ -101,19 +101,17 @@ CommandCamera::~CommandCamera() {
 }
 
 QString CommandCamera::problem(const QString& command) {
-    if (command.trimmed().isEmpty()) return QStringLiteral("Der Aufnahmebefehl ist leer.");
+    if (command.trimmed().isEmpty()) return tr("Der Aufnahmebefehl ist leer.");
     if (leavesQuoteOpen(command)) {
-        return QStringLiteral("Im Aufnahmebefehl »%1« ist ein Anführungszeichen nicht geschlossen.")
+        return tr("Im Aufnahmebefehl »%1« ist ein Anführungszeichen nicht geschlossen.")
             .arg(command);
     }
     const QStringList parts = QProcess::splitCommand(command);
-    if (parts.isEmpty())
-        return QStringLiteral("Der Aufnahmebefehl »%1« nennt kein Programm.").arg(command);
+    if (parts.isEmpty()) return tr("Der Aufnahmebefehl »%1« nennt kein Programm.").arg(command);
     if (std::none_of(parts.begin(), parts.end(),
                      [](const QString& part) { return part.contains(u"{file}"); })) {
-        return QStringLiteral(
-                   "Der Aufnahmebefehl »%1« enthält kein {file}: so erfährt er nicht, wohin er "
-                   "das Bild schreiben soll.")
+        return tr("Der Aufnahmebefehl »%1« enthält kein {file}: so erfährt er nicht, wohin er "
+                  "das Bild schreiben soll.")
             .arg(command);
     }
     return {};
@@ -128,23 +126,20 @@ QStringList CommandCamera::arguments(const QString& command, const Shot& shot) {
 
 void CommandCamera::capture(const Shot& shot) {
     if (m_busy) {
-        answer(false, QStringLiteral("Der Aufnahmebefehl läuft noch für das vorige Bild."));
+        answer(false, tr("Der Aufnahmebefehl läuft noch für das vorige Bild."));
         return;
     }
     if (const QString why = problem(m_command); !why.isEmpty()) return answer(false, why);
     if (m_timeoutSeconds <= 0) {
-        return answer(false,
-                      QStringLiteral("Die Zeitgrenze für den Aufnahmebefehl muss mindestens 1 s "
-                                     "betragen, nicht %1 s.")
-                          .arg(m_timeoutSeconds));
+        return answer(false, tr("Die Zeitgrenze für den Aufnahmebefehl muss mindestens 1 s "
+                                "betragen, nicht %1 s.")
+                                 .arg(m_timeoutSeconds));
     }
-    if (shot.file.isEmpty())
-        return answer(false, QStringLiteral("Für das Bild ist keine Datei angegeben."));
+    if (shot.file.isEmpty()) return answer(false, tr("Für das Bild ist keine Datei angegeben."));
     // A picture left at this path from before would pass for the new one.
     if (QFileInfo::exists(shot.file) && !QFile::remove(shot.file)) {
-        return answer(
-            false,
-            QStringLiteral("Die alte Bilddatei »%1« lässt sich nicht entfernen.").arg(shot.file));
+        return answer(false,
+                      tr("Die alte Bilddatei »%1« lässt sich nicht entfernen.").arg(shot.file));
     }
     QDir().mkpath(QFileInfo(shot.file).absolutePath());
 
@@ -189,9 +184,8 @@ void CommandCamera::onFinished(int exitCode, bool crashed) {
     // What is left of the time-out also bounds the wait for a late file.
     m_lateFileLimitMs = std::min<qint64>(kLateFileMs, std::max(0, m_deadline.remainingTime()));
     m_deadline.stop();
-    if (crashed) return fail(QStringLiteral("Der Aufnahmebefehl ist abgestürzt."));
-    if (exitCode != 0)
-        return fail(QStringLiteral("Der Aufnahmebefehl endete mit Code %1.").arg(exitCode));
+    if (crashed) return fail(tr("Der Aufnahmebefehl ist abgestürzt."));
+    if (exitCode != 0) return fail(tr("Der Aufnahmebefehl endete mit Code %1.").arg(exitCode));
 
     const QFileInfo info(m_shot.file);
     if (info.exists() && info.size() > 0) return succeed();
@@ -201,16 +195,15 @@ void CommandCamera::onFinished(int exitCode, bool crashed) {
 }
 
 void CommandCamera::onStartFailed() {
-    fail(
-        QStringLiteral("Das Programm »%1« lässt sich nicht starten (%2). Ist es installiert und im "
-                       "Suchpfad (PATH)?")
-            .arg(m_arguments.first(), m_process->errorString()),
-        false);
+    fail(tr("Das Programm »%1« lässt sich nicht starten (%2). Ist es installiert und im "
+            "Suchpfad (PATH)?")
+             .arg(m_arguments.first(), m_process->errorString()),
+         false);
 }
 
 void CommandCamera::onDeadline() {
     onOutput();
-    fail(QStringLiteral("Der Aufnahmebefehl kam nicht innerhalb von %1 s zurück und wurde beendet.")
+    fail(tr("Der Aufnahmebefehl kam nicht innerhalb von %1 s zurück und wurde beendet.")
              .arg(m_timeoutSeconds));
 }
 
@@ -221,10 +214,9 @@ void CommandCamera::lookForFile() {
     m_lastSize = size;
     if (m_sinceExit.elapsed() < m_lateFileLimitMs) return;
     if (size == 0)
-        return fail(QStringLiteral("Der Aufnahmebefehl hinterließ eine leere Datei »%1«.")
-                        .arg(m_shot.file));
-    fail(QStringLiteral("Der Aufnahmebefehl endete ohne Fehler, aber die Bilddatei »%1« ist nicht "
-                        "entstanden.")
+        return fail(tr("Der Aufnahmebefehl hinterließ eine leere Datei »%1«.").arg(m_shot.file));
+    fail(tr("Der Aufnahmebefehl endete ohne Fehler, aber die Bilddatei »%1« ist nicht "
+            "entstanden.")
              .arg(m_shot.file));
 }
 
@@ -236,12 +228,10 @@ void CommandCamera::succeed() {
 
 void CommandCamera::fail(const QString& what, bool withOutput) {
     QString message =
-        what +
-        QStringLiteral("\nBefehl: %1\nAufgerufen als: %2").arg(m_command, shown(m_arguments));
+        what + tr("\nBefehl: %1\nAufgerufen als: %2").arg(m_command, shown(m_arguments));
     if (withOutput) {
         const QString output = QString::fromLocal8Bit(m_output).trimmed();
-        message += output.isEmpty() ? QStringLiteral("\nAusgabe: (keine)")
-                                    : QStringLiteral("\nAusgabe:\n%1").arg(output);
+        message += output.isEmpty() ? tr("\nAusgabe: (keine)") : tr("\nAusgabe:\n%1").arg(output);
     }
     endCapture();
     answer(false, message);

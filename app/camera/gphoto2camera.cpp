@@ -83,28 +83,29 @@ Outcome Gphoto2Session::capture(const Shot& shot, quint64 job) {
     if (cancelled()) return {};
     if (!m_camera) {
         if (const int result = open(); result < GP_OK) {
-            return failure(QStringLiteral("Suchen und Verbinden"), result);
+            return failure(Gphoto2Camera::tr("Suchen und Verbinden"), result);
         }
     }
     CameraFilePath path{};
     if (const int result = gp_camera_capture(m_camera, GP_CAPTURE_IMAGE, &path, m_context);
         result < GP_OK) {
-        return failure(QStringLiteral("Auslösen"), result);
+        return failure(Gphoto2Camera::tr("Auslösen"), result);
     }
     CameraFile* file = nullptr;
     if (const int result = gp_file_new(&file); result < GP_OK) {
-        return failure(QStringLiteral("Anlegen des Bildpuffers"), result);
+        return failure(Gphoto2Camera::tr("Anlegen des Bildpuffers"), result);
     }
     const std::unique_ptr<CameraFile, decltype(&gp_file_unref)> fileOwner(file, &gp_file_unref);
     if (const int result = gp_camera_file_get(m_camera, path.folder, path.name, GP_FILE_TYPE_NORMAL,
                                               file, m_context);
         result < GP_OK) {
-        return failure(QStringLiteral("Laden von Bild %1/%2").arg(path.folder, path.name), result);
+        return failure(Gphoto2Camera::tr("Laden von Bild %1/%2").arg(path.folder, path.name),
+                       result);
     }
     const char* data = nullptr;
     unsigned long size = 0;
     if (const int result = gp_file_get_data_and_size(file, &data, &size); result < GP_OK) {
-        return failure(QStringLiteral("Lesen der Bilddaten"), result);
+        return failure(Gphoto2Camera::tr("Lesen der Bilddaten"), result);
     }
     if (cancelled()) return {};
     if (const QString problem = save(shot, data, size); !problem.isEmpty()) return {false, problem};
@@ -120,7 +121,7 @@ QString Gphoto2Session::save(const Shot& shot, const char* data, unsigned long s
     QSaveFile out(shot.file);
     if (!out.open(QIODevice::WriteOnly) ||
         out.write(data, static_cast<qint64>(size)) != static_cast<qint64>(size) || !out.commit()) {
-        return QStringLiteral("Das Bild von der Kamera lässt sich nicht nach »%1« schreiben: %2")
+        return Gphoto2Camera::tr("Das Bild von der Kamera lässt sich nicht nach »%1« schreiben: %2")
             .arg(shot.file, out.errorString());
     }
     return {};
@@ -130,7 +131,7 @@ Outcome Gphoto2Session::failure(const QString& doing, int result) {
     // After a failed call the connection is in doubt: the next capture detects the camera anew.
     close();
     QString message =
-        QStringLiteral("Kamera: Fehler beim %1. %2").arg(doing, Gphoto2Camera::explain(result));
+        Gphoto2Camera::tr("Kamera: Fehler beim %1. %2").arg(doing, Gphoto2Camera::explain(result));
     if (!m_libraryText.isEmpty()) message += QStringLiteral(" (libgphoto2: %1)").arg(m_libraryText);
     return {false, message};
 }
@@ -154,8 +155,8 @@ Gphoto2Camera::~Gphoto2Camera() {
 
 void Gphoto2Camera::capture(const Shot& shot) {
     QString refusal;
-    if (m_busy) refusal = QStringLiteral("Die Kamera nimmt noch das vorige Bild auf.");
-    if (shot.file.isEmpty()) refusal = QStringLiteral("Für das Bild ist keine Datei angegeben.");
+    if (m_busy) refusal = tr("Die Kamera nimmt noch das vorige Bild auf.");
+    if (shot.file.isEmpty()) refusal = tr("Für das Bild ist keine Datei angegeben.");
     if (!refusal.isEmpty()) {
         // Answered from the event loop like every other outcome, never from inside capture().
         const quint64 generation = m_generation;
@@ -210,11 +211,11 @@ QString Gphoto2Camera::explain(int gphotoResult) {
         case GP_ERROR_MODEL_NOT_FOUND:
         case GP_ERROR_IO_USB_FIND:
         case GP_ERROR_UNKNOWN_PORT:
-            return QStringLiteral(
+            return tr(
                 "Es wurde keine Kamera gefunden. Bitte Kabel und Stromversorgung prüfen, die "
                 "Kamera einschalten und an ihr den USB-Modus PTP (PC-Verbindung) wählen.");
         case GP_ERROR_IO_USB_CLAIM:
-            return QStringLiteral(
+            return tr(
                 "Die Kamera ist von einem anderen Programm belegt, meist vom "
                 "Laufwerks-Monitor der Arbeitsoberfläche (gvfs-gphoto2-volume-monitor), "
                 "der sie beim Anstecken eingebunden hat. Zum Freigeben die Kamera im "

@@ -36,7 +36,7 @@ QByteArray formatFor(const QString& file) {
 }
 
 QString cannotSave(const QString& file, const QString& reason) {
-    return QStringLiteral("Bild %1 konnte nicht gespeichert werden: %2")
+    return SimCamera::tr("Bild %1 konnte nicht gespeichert werden: %2")
         .arg(QDir::toNativeSeparators(file), reason);
 }
 
@@ -44,7 +44,7 @@ QString cannotSave(const QString& file, const QString& reason) {
 QString save(const QImage& picture, const QString& file, const QByteArray& format) {
     const QDir folder = QFileInfo(file).absoluteDir();
     if (!folder.exists())
-        return cannotSave(file, QStringLiteral("der Ordner %1 existiert nicht")
+        return cannotSave(file, SimCamera::tr("der Ordner %1 existiert nicht")
                                     .arg(QDir::toNativeSeparators(folder.path())));
     QSaveFile out(file);
     if (!out.open(QIODevice::WriteOnly)) return cannotSave(file, out.errorString());
@@ -78,15 +78,15 @@ void SimCamera::setNoise(double sigma) {
 void SimCamera::capture(const Shot& shot) {
     const QString file = QDir::toNativeSeparators(shot.file);
     if (pending_) {
-        failLater(QStringLiteral("Simulierte Kamera: Bild %1 nicht aufgenommen, das "
-                                 "vorige Bild entsteht noch")
+        failLater(tr("Simulierte Kamera: Bild %1 nicht aufgenommen, das "
+                     "vorige Bild entsteht noch")
                       .arg(file));
         return;
     }
     const QByteArray format = formatFor(shot.file);
     if (format.isEmpty()) {
-        failLater(QStringLiteral("Bild %1: unbekanntes Dateiformat; die simulierte "
-                                 "Kamera schreibt .tif, .tiff und .png")
+        failLater(tr("Bild %1: unbekanntes Dateiformat; die simulierte "
+                     "Kamera schreibt .tif, .tiff und .png")
                       .arg(file));
         return;
     }
@@ -96,8 +96,8 @@ void SimCamera::capture(const Shot& shot) {
     } catch (...) {
     }
     if (!std::isfinite(focus)) {
-        failLater(QStringLiteral("Simulierte Kamera: die Stellung der Fokusschiene ist "
-                                 "unbekannt, Bild %1 nicht aufgenommen")
+        failLater(tr("Simulierte Kamera: die Stellung der Fokusschiene ist "
+                     "unbekannt, Bild %1 nicht aufgenommen")
                       .arg(file));
         return;
     }
@@ -110,19 +110,17 @@ void SimCamera::capture(const Shot& shot) {
             const QImage picture = studio->subjectBuiltOnce().render(focus, noise, seed);
             return *abandoned ? QString() : save(picture, file, format);
         } catch (const std::bad_alloc&) {
-            return QStringLiteral(
-                       "Simulierte Kamera: zu wenig Arbeitsspeicher für Bild %1 "
-                       "(%2 x %3 Pixel)")
+            return tr("Simulierte Kamera: zu wenig Arbeitsspeicher für Bild %1 "
+                      "(%2 x %3 Pixel)")
                 .arg(QDir::toNativeSeparators(file))
                 .arg(studio->size.width())
                 .arg(studio->size.height());
         } catch (const std::exception& e) {
-            return QStringLiteral("Simulierte Kamera: Bild %1 nicht aufgenommen, %2")
+            return tr("Simulierte Kamera: Bild %1 nicht aufgenommen, %2")
                 .arg(QDir::toNativeSeparators(file), QString::fromUtf8(e.what()));
         } catch (...) {
-            return QStringLiteral(
-                       "Simulierte Kamera: Bild %1 nicht aufgenommen, unerwarteter "
-                       "Fehler")
+            return tr("Simulierte Kamera: Bild %1 nicht aufgenommen, unerwarteter "
+                      "Fehler")
                 .arg(QDir::toNativeSeparators(file));
         }
     };

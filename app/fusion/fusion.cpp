@@ -38,15 +38,21 @@ struct Phase {
 // points 3 %, remapping 46 %, enfuse reading the pictures and weighing their contrast 41 %,
 // the pyramids 8 %.
 constexpr std::array kAlignPhases{
-    Phase{"Creating control points between", 0, 4, Phase::Pairs, "Ausrichten %1/%2"},
-    Phase{"Optimizing Variables", 4, 5, Phase::Once, "Ausrichten: Optimieren"},
-    Phase{"remapping ", 5, 50, Phase::Pictures, "Umrechnen %1/%2"},
+    Phase{"Creating control points between", 0, 4, Phase::Pairs,
+          QT_TRANSLATE_NOOP("Fusion", "Ausrichten %1/%2")},
+    Phase{"Optimizing Variables", 4, 5, Phase::Once,
+          QT_TRANSLATE_NOOP("Fusion", "Ausrichten: Optimieren")},
+    Phase{"remapping ", 5, 50, Phase::Pictures, QT_TRANSLATE_NOOP("Fusion", "Umrechnen %1/%2")},
 };
 constexpr std::array kEnfusePhases{
-    Phase{"loading next image", 50, 91, Phase::Pictures, "Verschmelzen: Laden %1/%2"},
-    Phase{"creating hard blend mask", 91, 92, Phase::Once, "Verschmelzen: Maske"},
-    Phase{"generating Laplacian pyramid", 92, 98, Phase::Pictures, "Verschmelzen %1/%2"},
-    Phase{"collapsing Laplacian pyramid", 98, 99, Phase::Once, "Verschmelzen: Zusammensetzen"},
+    Phase{"loading next image", 50, 91, Phase::Pictures,
+          QT_TRANSLATE_NOOP("Fusion", "Verschmelzen: Laden %1/%2")},
+    Phase{"creating hard blend mask", 91, 92, Phase::Once,
+          QT_TRANSLATE_NOOP("Fusion", "Verschmelzen: Maske")},
+    Phase{"generating Laplacian pyramid", 92, 98, Phase::Pictures,
+          QT_TRANSLATE_NOOP("Fusion", "Verschmelzen %1/%2")},
+    Phase{"collapsing Laplacian pyramid", 98, 99, Phase::Once,
+          QT_TRANSLATE_NOOP("Fusion", "Verschmelzen: Zusammensetzen")},
 };
 
 QString sizeText(QSize size) {
@@ -77,23 +83,22 @@ QString scratchTemplate(const QStringList& foldersToKeepClean) {
 
 QString checkRequest(const QStringList& pictures, const QString& output) {
     if (pictures.size() < 2)
-        return QStringLiteral("Zum Verschmelzen braucht es mindestens 2 Bilder, nicht %1.")
+        return Fusion::tr("Zum Verschmelzen braucht es mindestens 2 Bilder, nicht %1.")
             .arg(pictures.size());
     for (const QString& picture : pictures)
-        if (!QFileInfo(picture).isFile())
-            return QStringLiteral("Bild nicht gefunden: %1").arg(picture);
+        if (!QFileInfo(picture).isFile()) return Fusion::tr("Bild nicht gefunden: %1").arg(picture);
     const QFileInfo result(output);
     static const QStringList formats{QStringLiteral("tif"), QStringLiteral("tiff"),
                                      QStringLiteral("png"), QStringLiteral("jpg"),
                                      QStringLiteral("jpeg")};
     if (!formats.contains(result.suffix().toLower()))
-        return QStringLiteral("Das Ergebnis %1 braucht die Endung tif, tiff, png, jpg oder jpeg.")
+        return Fusion::tr("Das Ergebnis %1 braucht die Endung tif, tiff, png, jpg oder jpeg.")
             .arg(output);
     if (!result.absoluteDir().exists())
-        return QStringLiteral("Der Ordner für das Ergebnis fehlt: %1").arg(result.absolutePath());
+        return Fusion::tr("Der Ordner für das Ergebnis fehlt: %1").arg(result.absolutePath());
     for (const QString& picture : pictures)
         if (QFileInfo(picture) == result)
-            return QStringLiteral("Das Ergebnis %1 würde ein Bild des Stapels überschreiben.")
+            return Fusion::tr("Das Ergebnis %1 würde ein Bild des Stapels überschreiben.")
                 .arg(output);
     return {};
 }
@@ -111,17 +116,16 @@ QString Fusion::missingTools() {
     QStringList missing;
     QStringList packages;
     if (QStandardPaths::findExecutable(kAlign).isEmpty()) {
-        missing << QStringLiteral("align_image_stack (Paket hugin-tools)");
+        missing << tr("align_image_stack (Paket hugin-tools)");
         packages << QStringLiteral("hugin-tools");
     }
     if (QStandardPaths::findExecutable(kEnfuse).isEmpty()) {
-        missing << QStringLiteral("enfuse (Paket enfuse)");
+        missing << tr("enfuse (Paket enfuse)");
         packages << QStringLiteral("enfuse");
     }
     if (missing.isEmpty()) return {};
-    return QStringLiteral(
-               "Für die Fokusverschmelzung fehlt auf dem Suchpfad (PATH): %1. Installieren mit: "
-               "sudo apt-get install %2")
+    return tr("Für die Fokusverschmelzung fehlt auf dem Suchpfad (PATH): %1. Installieren mit: "
+              "sudo apt-get install %2")
         .arg(missing.join(QStringLiteral(", ")), packages.join(QLatin1Char(' ')));
 }
 
@@ -195,7 +199,7 @@ bool Fusion::running() const {
 void Fusion::cancel() {
     if (!running()) return;
     cleanUp();
-    emit failed(QStringLiteral("Fokusverschmelzung abgebrochen."));
+    emit failed(tr("Fokusverschmelzung abgebrochen."));
 }
 
 template <typename Handler>
@@ -203,7 +207,7 @@ void Fusion::guarded(Handler&& handler) {
     try {
         handler();
     } catch (const std::exception& error) {
-        fail(QStringLiteral("Fokusverschmelzung: interner Fehler (%1)")
+        fail(tr("Fokusverschmelzung: interner Fehler (%1)")
                  .arg(QString::fromLocal8Bit(error.what())));
     }
 }
@@ -232,8 +236,8 @@ void Fusion::onInspected(const QList<QSize>& sizes) {
         if (reference < 0) {
             reference = i;
         } else if (sizes[i] != sizes[reference]) {
-            fail(QStringLiteral("%1 hat %2 Pixel, %3 aber %4: alle Bilder eines Stapels müssen "
-                                "gleich groß sein.")
+            fail(tr("%1 hat %2 Pixel, %3 aber %4: alle Bilder eines Stapels müssen "
+                    "gleich groß sein.")
                      .arg(pictures_[i], sizeText(sizes[i]), pictures_[reference],
                           sizeText(sizes[reference])));
             return;
@@ -250,7 +254,7 @@ void Fusion::startAligning() {
     keepClean.removeDuplicates();
     scratch_ = std::make_unique<QTemporaryDir>(scratchTemplate(keepClean));
     if (!scratch_->isValid()) {
-        fail(QStringLiteral("Kein temporärer Ordner für die ausgerichteten Bilder: %1")
+        fail(tr("Kein temporärer Ordner für die ausgerichteten Bilder: %1")
                  .arg(scratch_->errorString()));
         return;
     }
@@ -264,7 +268,7 @@ void Fusion::startFusing() {
     aligned_ = QDir(scratch_->path())
                    .entryList({QStringLiteral("aligned_*.tif")}, QDir::Files, QDir::Name);
     if (aligned_.size() != pictures_.size()) {
-        fail(QStringLiteral("align_image_stack hat %1 statt %2 ausgerichtete Bilder geliefert.")
+        fail(tr("align_image_stack hat %1 statt %2 ausgerichtete Bilder geliefert.")
                  .arg(aligned_.size())
                  .arg(pictures_.size()));
         return;
@@ -279,7 +283,7 @@ void Fusion::startFusing() {
     partial_ = std::make_unique<QTemporaryFile>(result.absoluteDir().filePath(
         QStringLiteral(".%1-XXXXXX.%2").arg(result.completeBaseName(), result.suffix())));
     if (!partial_->open()) {
-        fail(QStringLiteral("Im Ordner %1 kann nicht geschrieben werden: %2")
+        fail(tr("Im Ordner %1 kann nicht geschrieben werden: %2")
                  .arg(result.absolutePath(), partial_->errorString()));
         return;
     }
@@ -293,7 +297,7 @@ void Fusion::startFusing() {
 
 void Fusion::onChecked(QSize resultSize) {
     if (resultSize != pictureSize_) {
-        fail(QStringLiteral("enfuse hat ein Bild von %1 Pixeln geliefert, die Bilder haben %2.")
+        fail(tr("enfuse hat ein Bild von %1 Pixeln geliefert, die Bilder haben %2.")
                  .arg(sizeText(resultSize), sizeText(pictureSize_)));
         return;
     }
@@ -301,13 +305,13 @@ void Fusion::onChecked(QSize resultSize) {
     std::filesystem::rename(QFile::encodeName(partial_->fileName()).toStdString(),
                             QFile::encodeName(output_).toStdString(), error);
     if (error) {
-        fail(QStringLiteral("Das Ergebnis konnte nicht als %1 gespeichert werden: %2")
+        fail(tr("Das Ergebnis konnte nicht als %1 gespeichert werden: %2")
                  .arg(output_, QString::fromLocal8Bit(error.message())));
         return;
     }
     partial_->setAutoRemove(false);
     cleanUp();
-    report(100, QStringLiteral("Fertig"));
+    report(100, tr("Fertig"));
     emit finished(output_);
 }
 
@@ -331,8 +335,7 @@ void Fusion::startTool(const QString& program, const QStringList& arguments) {
     connect(process_, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error != QProcess::FailedToStart) return;
         guarded([this] {
-            fail(QStringLiteral("%1 konnte nicht gestartet werden: %2")
-                     .arg(tool_, process_->errorString()));
+            fail(tr("%1 konnte nicht gestartet werden: %2").arg(tool_, process_->errorString()));
         });
     });
     // align_image_stack writes its progress to standard output, which into a pipe goes out in
@@ -366,12 +369,11 @@ void Fusion::onToolFinished(int exitCode, bool crashed) {
     process_ = nullptr;
     if (crashed || exitCode != 0) {
         const QString how =
-            crashed
-                ? QStringLiteral("%1 ist abgestürzt").arg(tool_)
-                : QStringLiteral("%1 ist mit Exit-Code %2 fehlgeschlagen").arg(tool_).arg(exitCode);
-        const QString said = toolTail_.isEmpty() ? QStringLiteral("(keine Ausgabe)")
-                                                 : toolTail_.join(QLatin1Char('\n'));
-        fail(QStringLiteral("%1. Letzte Ausgabe:\n%2").arg(how, said));
+            crashed ? tr("%1 ist abgestürzt").arg(tool_)
+                    : tr("%1 ist mit Exit-Code %2 fehlgeschlagen").arg(tool_).arg(exitCode);
+        const QString said =
+            toolTail_.isEmpty() ? tr("(keine Ausgabe)") : toolTail_.join(QLatin1Char('\n'));
+        fail(tr("%1. Letzte Ausgabe:\n%2").arg(how, said));
         return;
     }
     if (stage_ == Stage::Aligning) {
@@ -401,7 +403,7 @@ void Fusion::readProgress(const QString& line) {
         // Pair k brings picture k + 1 in line with picture k.
         const int picture = phase.steps == Phase::Pairs ? steps_ + 1 : steps_;
         const int percent = phase.from + (phase.to - phase.from) * (steps_ - 1) / count;
-        QString stage = QString::fromUtf8(phase.stage);
+        QString stage = tr(phase.stage);
         if (phase.steps != Phase::Once) stage = stage.arg(picture).arg(pictures);
         report(percent, stage);
         return;

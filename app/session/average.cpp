@@ -1,5 +1,6 @@
 #include "session/average.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QImage>
@@ -7,19 +8,26 @@
 #include <QSaveFile>
 #include <vector>
 
+namespace {
+// The window's texts, in the language of the installed translator.
+struct Message {
+    Q_DECLARE_TR_FUNCTIONS(Average)
+};
+}  // namespace
+
 QString averagePictures(const QStringList& pictures, const QString& output) {
-    if (pictures.isEmpty()) return QStringLiteral("keine Bilder zum Mitteln");
+    if (pictures.isEmpty()) return Message::tr("keine Bilder zum Mitteln");
     std::vector<quint32> sum;
     QSize size;
     for (const QString& file : pictures) {
         QImage picture(file);
         if (picture.isNull())
-            return QStringLiteral("%1 ist kein lesbares Bild").arg(QDir::toNativeSeparators(file));
+            return Message::tr("%1 ist kein lesbares Bild").arg(QDir::toNativeSeparators(file));
         if (size.isEmpty()) {
             size = picture.size();
             sum.assign(size_t(size.width()) * size.height() * 3, 0);
         } else if (picture.size() != size) {
-            return QStringLiteral("%1 hat %2x%3 Pixel, die anderen Bilder %4x%5")
+            return Message::tr("%1 hat %2x%3 Pixel, die anderen Bilder %4x%5")
                 .arg(QDir::toNativeSeparators(file))
                 .arg(picture.width())
                 .arg(picture.height())
@@ -45,7 +53,7 @@ QString averagePictures(const QStringList& pictures, const QString& output) {
     QSaveFile file(output);  // never a half-written mean under its name
     QImageWriter writer(&file, QFileInfo(output).suffix().toLatin1());
     if (!file.open(QIODevice::WriteOnly) || !writer.write(mean) || !file.commit())
-        return QStringLiteral("%1 kann nicht geschrieben werden: %2")
+        return Message::tr("%1 kann nicht geschrieben werden: %2")
             .arg(QDir::toNativeSeparators(output), writer.error() != QImageWriter::UnknownError
                                                        ? writer.errorString()
                                                        : file.errorString());

@@ -39,7 +39,7 @@ CaptureSession::CaptureSession(ctlQuendrix& panel, QObject* parent)
         if (problem.isEmpty())
             emit averaged(averageFile_, averageCount_);
         else
-            emit failed(QStringLiteral("Mittelwert nicht berechnet: ") + problem);
+            emit failed(tr("Mittelwert nicht berechnet: ") + problem);
     });
 }
 
@@ -105,20 +105,20 @@ void CaptureSession::onSchicht(const QString& number) {
     if (holding_) {
         // The panel stops waiting for the release after 31 s and goes on; a paused run must
         // not go on unattended.
-        stopRun(QStringLiteral("Die Steuerung hat die Pause nach Bild %1 von sich aus beendet.")
-                    .arg(plane - 1));
+        stopRun(
+            tr("Die Steuerung hat die Pause nach Bild %1 von sich aus beendet.").arg(plane - 1));
         return;
     }
     if (pending_) {
         // The panel stops waiting for a picture after 31 s and asks for the next one.
-        stopRun(QStringLiteral("Die Steuerung verlangt Bild %1, während Bild %2 noch "
-                               "aufgenommen wird: die Kamera braucht zu lange.")
+        stopRun(tr("Die Steuerung verlangt Bild %1, während Bild %2 noch "
+                   "aufgenommen wird: die Kamera braucht zu lange.")
                     .arg(plane)
                     .arg(pending_->shot.plane));
         return;
     }
     if (!camera_) {
-        stopRun(QStringLiteral("Keine Kamera gewählt."));
+        stopRun(tr("Keine Kamera gewählt."));
         return;
     }
     const RunKind kind =
@@ -135,12 +135,11 @@ void CaptureSession::onSchicht(const QString& number) {
 
 void CaptureSession::onKopie() {
     if (pending_) {
-        emit failed(QStringLiteral("Keine Kopie: Bild %1 wird noch aufgenommen.")
-                        .arg(pending_->shot.plane));
+        emit failed(tr("Keine Kopie: Bild %1 wird noch aufgenommen.").arg(pending_->shot.plane));
         return;
     }
     if (!camera_) {
-        emit failed(QStringLiteral("Keine Kamera gewählt."));
+        emit failed(tr("Keine Kamera gewählt."));
         return;
     }
     if (!ensureFolder()) return;
@@ -163,8 +162,8 @@ void CaptureSession::onCaptured(const QString& file) {
     pending_.reset();
     const QFileInfo info(file);
     if (!info.isFile() || info.size() == 0) {
-        onCameraFailed(QStringLiteral("Die Kamera meldet Bild %1 als aufgenommen, aber %2 fehlt "
-                                      "oder ist leer.")
+        onCameraFailed(tr("Die Kamera meldet Bild %1 als aufgenommen, aber %2 fehlt "
+                          "oder ist leer.")
                            .arg(done.shot.plane)
                            .arg(native(file)));
         return;
@@ -194,7 +193,7 @@ void CaptureSession::onCameraFailed(const QString& message) {
     const bool copy = pending_ && pending_->copy;
     pending_.reset();
     if (copy)
-        emit failed(QStringLiteral("Kopie nicht aufgenommen: ") + message);
+        emit failed(tr("Kopie nicht aufgenommen: ") + message);
     else
         stopRun(message);
 }
@@ -253,13 +252,13 @@ void CaptureSession::onMittelwert(const QString& count) {
         return;
     }
     if (kind_ != RunKind::Series || pictures_.isEmpty()) {
-        emit failed(QStringLiteral("Mittelwert aus %1 Bildern verlangt, aber keine Bilder der "
-                                   "Serie vorhanden.")
+        emit failed(tr("Mittelwert aus %1 Bildern verlangt, aber keine Bilder der "
+                       "Serie vorhanden.")
                         .arg(count.trimmed()));
         return;
     }
     if (averaging_.isRunning()) {
-        emit failed(QStringLiteral("Der vorige Mittelwert wird noch berechnet."));
+        emit failed(tr("Der vorige Mittelwert wird noch berechnet."));
         return;
     }
     averageFile_ = QDir(folder_).filePath(QStringLiteral("mean.") + suffix_);
@@ -272,8 +271,8 @@ void CaptureSession::onMittelwert(const QString& count) {
 
 void CaptureSession::onKombinieren(const QString& count) {
     if (kind_ != RunKind::Stack || pictures_.size() < 2) {
-        emit failed(QStringLiteral("Kombinieren von %1 Bildern verlangt, aber nur %2 Bilder des "
-                                   "Stapels vorhanden.")
+        emit failed(tr("Kombinieren von %1 Bildern verlangt, aber nur %2 Bilder des "
+                       "Stapels vorhanden.")
                         .arg(count.trimmed())
                         .arg(pictures_.size()));
         return;

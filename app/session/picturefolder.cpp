@@ -1,10 +1,18 @@
 #include "session/picturefolder.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
 
 namespace picturefolder {
+
+namespace {
+// The window's texts, in the language of the installed translator.
+struct Message {
+    Q_DECLARE_TR_FUNCTIONS(PictureFolder)
+};
+}  // namespace
 
 QString defaultRoot() {
     QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
@@ -16,8 +24,8 @@ QString makeRunFolder(const QString& root, const QDateTime& start, QString* erro
     const QString name = start.toString(QStringLiteral("yyyy-MM-dd_HH-mm-ss"));
     QDir base(root);
     if (!base.mkpath(QStringLiteral("."))) {
-        *error = QStringLiteral("Ordner %1 kann nicht angelegt werden")
-                     .arg(QDir::toNativeSeparators(root));
+        *error =
+            Message::tr("Ordner %1 kann nicht angelegt werden").arg(QDir::toNativeSeparators(root));
         return {};
     }
     for (int attempt = 1; attempt < 1000; ++attempt) {
@@ -26,7 +34,7 @@ QString makeRunFolder(const QString& root, const QDateTime& start, QString* erro
         if (base.exists(candidate)) continue;
         if (base.mkdir(candidate)) return base.filePath(candidate);
     }
-    *error = QStringLiteral("in %1 kann kein Ordner für die Aufnahmen angelegt werden")
+    *error = Message::tr("in %1 kann kein Ordner für die Aufnahmen angelegt werden")
                  .arg(QDir::toNativeSeparators(root));
     return {};
 }

@@ -2,6 +2,7 @@
 
 #include <quendrix/quendrix_export.h>
 
+#include <QCoreApplication>
 #include <QString>
 #include <array>
 
@@ -31,6 +32,8 @@ namespace quendrix {
 // Caption is the text, Value the check state (see value()), ToolTipText the tool tip and
 // Tag the dynamic property "Tag" (see tag()).
 class QUENDRIX_EXPORT Panel {
+    Q_DECLARE_TR_FUNCTIONS(quendrix::Panel)  // captions in the installed translator's language
+
 public:
     // Builds the controls as children of `owner`, laid out on the tab control SSTab1.
     explicit Panel(QWidget* owner);

@@ -277,9 +277,8 @@ void ctlQuendrix::tabChanged(int previousTab) {
             waiter_->doEvents();
         }
     }
-    p.cbOptik->setToolTip(tab >= 2
-                              ? QStringLiteral("Objektiv auswählen oder neues Objektiv eingeben")
-                              : QStringLiteral("Objektiv auswählen"));
+    p.cbOptik->setToolTip(tab >= 2 ? Panel::tr("Objektiv auswählen oder neues Objektiv eingeben")
+                                   : Panel::tr("Objektiv auswählen"));
 }
 
 // ---- Design-time properties ----------------------------------------------------------------

@@ -26,10 +26,10 @@ Panel::Panel(QWidget* owner) {
 // operating tab.
 void Panel::buildTabs(QWidget* owner) {
     SSTab1 = make<QTabWidget>(owner, QStringLiteral("SSTab1"));
-    addPage(SSTab1, QStringLiteral("Steuerung"));
-    addPage(SSTab1, QStringLiteral("Optik"));
-    addPage(SSTab1, QStringLiteral("Achsen"));
-    addPage(SSTab1, QStringLiteral("Licht"));
+    addPage(SSTab1, tr("Steuerung"));
+    addPage(SSTab1, tr("Optik"));
+    addPage(SSTab1, tr("Achsen"));
+    addPage(SSTab1, tr("Licht"));
 
     QWidget* operating = page(SSTab1, 0);
     lblCaption = label(operating, QStringLiteral("lblCaption"), QStringLiteral("Quendrix"));

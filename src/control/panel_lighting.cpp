@@ -18,7 +18,7 @@ using namespace kit;
 namespace {
 
 QString brightnessText(int value) {
-    return QStringLiteral("Helligkeit: %1").arg(value);
+    return Panel::tr("Helligkeit: %1").arg(value);
 }
 
 // A brightness bar, 0..255. Its tool tip tells the value, and while the bar is dragged the
@@ -42,7 +42,7 @@ QScrollBar* brightness(QWidget* parent, int index) {
 void Panel::buildLightingTab(QWidget* page) {
     auto* channels = new QGridLayout;
     for (int i : {0, 1}) {
-        Licht[i] = check(page, element("Licht", i), QStringLiteral("Licht %1").arg(i + 1));
+        Licht[i] = check(page, element("Licht", i), tr("Licht %1").arg(i + 1));
         HScroll1[i] = brightness(page, i);
         HScroll1[i]->setValue(255);
         channels->addWidget(Licht[i], i, 0);
@@ -52,17 +52,17 @@ void Panel::buildLightingTab(QWidget* page) {
     column(page)->addLayout(channels);
 
     // The module frames; start-up shows the one that is fitted.
-    Frame13[0] = frame(page, element("Frame13", 0), QStringLiteral("Lichtmodul"));
+    Frame13[0] = frame(page, element("Frame13", 0), tr("Lichtmodul"));
     auto* single = layoutIn<QHBoxLayout>(Frame13[0]);
-    Licht[2] = check(Frame13[0], element("Licht", 2), QStringLiteral("Licht"));
+    Licht[2] = check(Frame13[0], element("Licht", 2), tr("Licht"));
     HScroll1[2] = brightness(Frame13[0], 2);
     single->addWidget(Licht[2]);
     single->addWidget(HScroll1[2], 1);
 
-    Frame13[1] = frame(page, element("Frame13", 1), QStringLiteral("Ringlicht"));
+    Frame13[1] = frame(page, element("Frame13", 1), tr("Ringlicht"));
     auto* ring = layoutIn<QVBoxLayout>(Frame13[1]);
     auto* ringLight = new QHBoxLayout;
-    Licht[3] = check(Frame13[1], element("Licht", 3), QStringLiteral("Ringlicht"));
+    Licht[3] = check(Frame13[1], element("Licht", 3), tr("Ringlicht"));
     HScroll1[3] = brightness(Frame13[1], 3);
     ringLight->addWidget(Licht[3]);
     ringLight->addWidget(HScroll1[3], 1);

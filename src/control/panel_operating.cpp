@@ -14,7 +14,8 @@ namespace quendrix {
 using namespace kit;
 
 namespace {
-const char* const kAxisName[2] = {"Abstand", "Balgen"};
+const char* const kAxisName[2] = {QT_TRANSLATE_NOOP("quendrix::Panel", "Abstand"),
+                                  QT_TRANSLATE_NOOP("quendrix::Panel", "Balgen")};
 }  // namespace
 
 void Panel::buildOperatingTab(QWidget* page) {
@@ -35,7 +36,7 @@ void Panel::buildAxisSelection(QWidget* page) {
     for (int axis : {0, 1}) {
         Image1[axis] = picture(page, element("Image1", axis));
         Shape1[axis] = shape(page, element("Shape1", axis));
-        obMotor[axis] = option(page, element("obMotor", axis), QLatin1String(kAxisName[axis]));
+        obMotor[axis] = option(page, element("obMotor", axis), tr(kAxisName[axis]));
         row->addWidget(Image1[axis]);
         row->addWidget(Shape1[axis]);
         row->addWidget(obMotor[axis]);
@@ -47,12 +48,14 @@ void Panel::buildAxisSelection(QWidget* page) {
 
 void Panel::buildPositionReadout(QWidget* page) {
     auto* grid = new QGridLayout;
-    Label9 = label(page, QStringLiteral("Label9"), QStringLiteral("Position [Schritte]"));
+    //: The readout shows millimetres exactly when its caption holds "mm", so only the one in
+    //: millimetres may hold it.
+    Label9 = label(page, QStringLiteral("Label9"), tr("Position [Schritte]"));
     grid->addWidget(Label9, 0, 1);
-    grid->addWidget(caption(page, QStringLiteral("Schritte")), 0, 2);
+    grid->addWidget(caption(page, tr("Schritte")), 0, 2);
     grid->addWidget(caption(page, QStringLiteral("mm")), 0, 3);
     grid->addWidget(caption(page, QStringLiteral("Encoder")), 0, 4);
-    grid->addWidget(caption(page, QStringLiteral("Weg")), 0, 5);
+    grid->addWidget(caption(page, tr("Weg")), 0, 5);
     for (int axis : {0, 1}) {
         const QString zero = QStringLiteral("0");
         lblPosition[axis] = readout(page, element("lblPosition", axis), zero);
@@ -60,9 +63,9 @@ void Panel::buildPositionReadout(QWidget* page) {
         lblPosition2[axis] = readout(page, element("lblPosition2", axis), zero);
         lblEncoder[axis] = readout(page, element("lblEncoder", axis), zero);
         Label13[axis] = readout(page, element("Label13", axis), zero);
-        Label13[axis]->setToolTip(QStringLiteral("Verfahrweg [Schritte]"));
+        Label13[axis]->setToolTip(tr("Verfahrweg [Schritte]"));
         const int row = axis + 1;
-        grid->addWidget(caption(page, QLatin1String(kAxisName[axis])), row, 0);
+        grid->addWidget(caption(page, tr(kAxisName[axis])), row, 0);
         grid->addWidget(lblPosition[axis], row, 1);
         grid->addWidget(lblPosition1[axis], row, 2);
         grid->addWidget(lblPosition2[axis], row, 3);
@@ -86,18 +89,17 @@ void Panel::buildAxisMotion(QWidget* page) {
 // Run, direction and speed of one axis, and its step timing. Check0(axis) runs the motor,
 // Check0(4 + axis) sets the direction, the three-state Check0(6 + axis) the speed (1 normal).
 void Panel::buildMotionFrame(QWidget* page, int axis) {
-    QGroupBox* box = FrameT[axis] =
-        frame(page, element("FrameT", axis), QLatin1String(kAxisName[axis]));
+    QGroupBox* box = FrameT[axis] = frame(page, element("FrameT", axis), tr(kAxisName[axis]));
     auto* layout = layoutIn<QVBoxLayout>(box);
 
     auto* checks = new QGridLayout;
     checks->setSpacing(2);
-    Check0[axis] = check(box, element("Check0", axis), QStringLiteral("Lauf"));
-    Check0[4 + axis] = check(box, element("Check0", 4 + axis), QStringLiteral("Richtung"));
+    Check0[axis] = check(box, element("Check0", axis), tr("Lauf"));
+    Check0[4 + axis] = check(box, element("Check0", 4 + axis), tr("Richtung"));
     // The marks start as the boxes do: direction 0 (down, close), normal speed.
     Label7[axis] = make<GlyphLabel>(box, element("Label7", axis));
     Label7[axis]->setText(axis == 0 ? QStringLiteral("ê") : QStringLiteral("Ø×"));
-    Check0[6 + axis] = check(box, element("Check0", 6 + axis), QStringLiteral("Tempo"));
+    Check0[6 + axis] = check(box, element("Check0", 6 + axis), tr("Tempo"));
     Check0[6 + axis]->setTristate(true);
     Check0[6 + axis]->setCheckState(Qt::Checked);
     Label8[axis] = make<GlyphLabel>(box, element("Label8", axis));
@@ -108,13 +110,12 @@ void Panel::buildMotionFrame(QWidget* page, int axis) {
     checks->addWidget(Check0[6 + axis], 2, 0);
     checks->addWidget(Label8[axis], 2, 1);
 
-    Takt[axis] = frame(box, element("Takt", axis), QStringLiteral("Takt"));
+    Takt[axis] = frame(box, element("Takt", axis), tr("Takt"));
     auto* timing = layoutIn<QHBoxLayout>(Takt[axis]);
     Taktpause[axis] = number(Takt[axis], element("Taktpause", axis),
                              axis == 0 ? QStringLiteral("800") : QStringLiteral("8000"));
     Taktpause[axis]->setMaximumWidth(60);
-    Taktsetzen[axis] =
-        button(Takt[axis], element("Taktsetzen", axis), QStringLiteral("Takt setzen"));
+    Taktsetzen[axis] = button(Takt[axis], element("Taktsetzen", axis), tr("Takt setzen"));
     timing->addWidget(Taktpause[axis]);
     timing->addWidget(Taktsetzen[axis]);
 
@@ -130,18 +131,17 @@ void Panel::buildMotionFrame(QWidget* page, int axis) {
 // Jog buttons of the distance rail: 0 fast, 1 slow, 2 slowest, 3 a 16-step nudge, 4 at the
 // speed set with Check0(6); then lifting by a distance and turning.
 void Panel::buildJogButtons(QGroupBox* box) {
-    static const char* const up[5] = {"▲▲", "▲", "△", "+16", "Auf"};
-    static const char* const down[5] = {"▼▼", "▼", "▽", "−16", "Ab"};
-    static const char* const how[5] = {"schnell", "langsam", "sehr langsam", "16 Schritte",
-                                       "mit eingestelltem Tempo"};
+    static const char* const up[5] = {"▲▲", "▲", "△", "+16", QT_TR_NOOP("Auf")};
+    static const char* const down[5] = {"▼▼", "▼", "▽", "−16", QT_TR_NOOP("Ab")};
+    static const char* const how[5] = {QT_TR_NOOP("schnell"), QT_TR_NOOP("langsam"),
+                                       QT_TR_NOOP("sehr langsam"), QT_TR_NOOP("16 Schritte"),
+                                       QT_TR_NOOP("mit eingestelltem Tempo")};
     auto* grid = new QGridLayout;
     grid->setSpacing(4);
     for (int i = 0; i < 5; ++i) {
-        const QString manner = QString::fromUtf8(how[i]);
-        Auf[i] = button(box, element("Auf", i), QString::fromUtf8(up[i]),
-                        QStringLiteral("Aufwärts, %1").arg(manner));
-        Ab[i] = button(box, element("Ab", i), QString::fromUtf8(down[i]),
-                       QStringLiteral("Abwärts, %1").arg(manner));
+        const QString manner = tr(how[i]);
+        Auf[i] = button(box, element("Auf", i), tr(up[i]), tr("Aufwärts, %1").arg(manner));
+        Ab[i] = button(box, element("Ab", i), tr(down[i]), tr("Abwärts, %1").arg(manner));
         squeeze(Auf[i]);
         squeeze(Ab[i]);
         grid->addWidget(Auf[i], 0, i);
@@ -151,12 +151,12 @@ void Panel::buildJogButtons(QGroupBox* box) {
     layout->addLayout(grid);
 
     auto* lift = new QHBoxLayout;
-    cmdHeben = button(box, QStringLiteral("cmdHeben"), QStringLiteral("Heben"));
-    cmdSenken = button(box, QStringLiteral("cmdSenken"), QStringLiteral("Senken"));
-    Label41 = label(box, QStringLiteral("Label41"), QStringLiteral("Anheben [mm]"));
+    cmdHeben = button(box, QStringLiteral("cmdHeben"), tr("Heben"));
+    cmdSenken = button(box, QStringLiteral("cmdSenken"), tr("Senken"));
+    Label41 = label(box, QStringLiteral("Label41"), tr("Anheben [mm]"));
     Anheben = number(box, QStringLiteral("Anheben"), QStringLiteral("30"));
     Anheben->setMaximumWidth(50);
-    Drehen = button(box, QStringLiteral("Drehen"), QStringLiteral("Drehen"));
+    Drehen = button(box, QStringLiteral("Drehen"), tr("Drehen"));
     lift->addWidget(cmdHeben);
     lift->addWidget(cmdSenken);
     lift->addWidget(Label41);
@@ -168,26 +168,26 @@ void Panel::buildJogButtons(QGroupBox* box) {
 
 // Bellows: jog, extension, image width, field of view with its slider, calibration capture.
 void Panel::buildBellows(QWidget* page) {
-    Frame4 = frame(page, QStringLiteral("Frame4"), QStringLiteral("Balgen"));
+    Frame4 = frame(page, QStringLiteral("Frame4"), tr("Balgen"));
     auto* layout = layoutIn<QVBoxLayout>(Frame4);
 
     auto* jog = new QHBoxLayout;
     for (int i : {0, 1}) {
         const QString second = i == 0 ? QString() : QStringLiteral(" 2");
-        const QString tipSuffix = i == 0 ? QString() : QStringLiteral(", zweites Tempo");
-        B_AUF[i] = button(Frame4, element("B_AUF", i), QStringLiteral("Auf") + second,
-                          QStringLiteral("Balgen öffnen") + tipSuffix);
-        B_ZU[i] = button(Frame4, element("B_ZU", i), QStringLiteral("Zu") + second,
-                         QStringLiteral("Balgen schließen") + tipSuffix);
+        const QString tipSuffix = i == 0 ? QString() : tr(", zweites Tempo");
+        B_AUF[i] = button(Frame4, element("B_AUF", i), tr("Auf", "the bellows opens") + second,
+                          tr("Balgen öffnen") + tipSuffix);
+        B_ZU[i] = button(Frame4, element("B_ZU", i), tr("Zu") + second,
+                         tr("Balgen schließen") + tipSuffix);
     }
     for (QPushButton* jogButton : {B_AUF[0], B_AUF[1], B_ZU[0], B_ZU[1]})
         jog->addWidget(jogButton);
     layout->addLayout(jog);
 
     auto* sizes = new QHBoxLayout;
-    Balgenauszug = frame(Frame4, QStringLiteral("Balgenauszug"), QStringLiteral("Balgenauszug"));
+    Balgenauszug = frame(Frame4, QStringLiteral("Balgenauszug"), tr("Balgenauszug"));
     auto* extension = layoutIn<QHBoxLayout>(Balgenauszug);
-    Label6 = label(Balgenauszug, QStringLiteral("Label6"), QStringLiteral("Auszug [mm]"));
+    Label6 = label(Balgenauszug, QStringLiteral("Label6"), tr("Auszug [mm]"));
     lbAuszug = readout(Balgenauszug, QStringLiteral("lbAuszug"), QStringLiteral("0"));
     // The extension stands clear of its frame, with room for three whole digits; the caption
     // beside it keeps its whole text.
@@ -197,7 +197,7 @@ void Panel::buildBellows(QWidget* page) {
     Label6->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Preferred);
     extension->addWidget(Label6);
     extension->addWidget(lbAuszug);
-    Label18 = label(Frame4, QStringLiteral("Label18"), QStringLiteral("Bildbreite [mm]"));
+    Label18 = label(Frame4, QStringLiteral("Label18"), tr("Bildbreite [mm]"));
     Bildbreite = number(Frame4, QStringLiteral("Bildbreite"), QStringLiteral("0"));
     Bildbreite->setMaximumWidth(60);
     sizes->addWidget(Balgenauszug);
@@ -206,9 +206,9 @@ void Panel::buildBellows(QWidget* page) {
     sizes->addWidget(Bildbreite, 0, Qt::AlignBottom);
     layout->addLayout(sizes);
 
-    Frame4a = frame(Frame4, QStringLiteral("Frame4a"), QStringLiteral("Sehfeld"));
+    Frame4a = frame(Frame4, QStringLiteral("Frame4a"), tr("Sehfeld"));
     auto* view = layoutIn<QGridLayout>(Frame4a);
-    Label26 = label(Frame4a, QStringLiteral("Label26"), QStringLiteral("Sehfeld [mm]"));
+    Label26 = label(Frame4a, QStringLiteral("Label26"), tr("Sehfeld [mm]"));
     lblSehfeld = readout(Frame4a, QStringLiteral("lblSehfeld"), QStringLiteral("0"));
     lblSehfeld2 = readout(Frame4a, QStringLiteral("lblSehfeld2"), QStringLiteral("0"));
     Slider1 = make<QSlider>(Frame4a, QStringLiteral("Slider1"));
@@ -234,10 +234,10 @@ void Panel::buildBellows(QWidget* page) {
 
     // Capture and finish are shown by the calibration layout only.
     auto* capture = new QHBoxLayout;
-    Check1 = check(Frame4, QStringLiteral("Check1"), QStringLiteral("Einmessen"));
-    cmdAufnehmen = button(Frame4, QStringLiteral("cmdAufnehmen"), QStringLiteral("Aufnehmen"));
-    cmdFertig = button(Frame4, QStringLiteral("cmdFertig"), QStringLiteral("Fertig"));
-    Kopie2 = button(Frame4, QStringLiteral("Kopie2"), QStringLiteral("Kopie"));
+    Check1 = check(Frame4, QStringLiteral("Check1"), tr("Einmessen"));
+    cmdAufnehmen = button(Frame4, QStringLiteral("cmdAufnehmen"), tr("Aufnehmen"));
+    cmdFertig = button(Frame4, QStringLiteral("cmdFertig"), tr("Fertig"));
+    Kopie2 = button(Frame4, QStringLiteral("Kopie2"), tr("Kopie"));
     cmdAufnehmen->hide();
     cmdFertig->hide();
     capture->addWidget(Check1);
@@ -252,12 +252,12 @@ void Panel::buildBellows(QWidget* page) {
 
 // Focus stack: begin and end positions, planes, step count, path, resolution, pause.
 void Panel::buildStack(QWidget* page) {
-    Frame12 = frame(page, QStringLiteral("Frame12"), QStringLiteral("Fokusstapel"));
+    Frame12 = frame(page, QStringLiteral("Frame12"), tr("Fokusstapel"));
     auto* grid = layoutIn<QGridLayout>(Frame12);
 
-    Beginn = button(Frame12, QStringLiteral("Beginn"), QStringLiteral("Beginn"));
+    Beginn = button(Frame12, QStringLiteral("Beginn"), tr("Beginn"));
     BBeginn[0] = number(Frame12, element("BBeginn", 0), QStringLiteral("0"));
-    Ende = button(Frame12, QStringLiteral("Ende"), QStringLiteral("Ende"));
+    Ende = button(Frame12, QStringLiteral("Ende"), tr("Ende"));
     BEnde[0] = number(Frame12, element("BEnde", 0), QStringLiteral("0"));
     Ebenen = number(Frame12, QStringLiteral("Ebenen"), QStringLiteral("20"));
     Schrittzahl = number(Frame12, QStringLiteral("Schrittzahl"), QStringLiteral("0"));
@@ -271,23 +271,24 @@ void Panel::buildStack(QWidget* page) {
     grid->addWidget(BBeginn[0], 0, 1);
     grid->addWidget(Ende, 0, 2);
     grid->addWidget(BEnde[0], 0, 3);
-    grid->addWidget(caption(Frame12, QStringLiteral("Ebenen")), 1, 0);
+    grid->addWidget(caption(Frame12, tr("Ebenen")), 1, 0);
     grid->addWidget(Ebenen, 1, 1);
-    grid->addWidget(caption(Frame12, QStringLiteral("Schritte")), 1, 2);
+    grid->addWidget(caption(Frame12, tr("Schritte")), 1, 2);
     grid->addWidget(Schrittzahl, 1, 3);
-    grid->addWidget(caption(Frame12, QStringLiteral("Weg [mm]")), 2, 0);
+    grid->addWidget(caption(Frame12, tr("Weg [mm]")), 2, 0);
     grid->addWidget(Weglaenge, 2, 1);
-    grid->addWidget(caption(Frame12, QStringLiteral("Auflösung")), 2, 2);
+    grid->addWidget(caption(Frame12, tr("Auflösung")), 2, 2);
     grid->addWidget(Aufloesung, 2, 3);
     grid->addWidget(caption(Frame12, QStringLiteral("Pause [ms]")), 3, 0);
     grid->addWidget(wartezeit, 3, 1);
 
-    AutoKomb = button(Frame12, QStringLiteral("AutoKomb"), QStringLiteral("Stapel"));
-    Mittelw = button(Frame12, QStringLiteral("Mittelw"), QStringLiteral("Mittelwert"));
-    Schicht = button(Frame12, QStringLiteral("Schicht"), QStringLiteral("Schicht: 0"));
-    Combine = button(Frame12, QStringLiteral("Combine"), QStringLiteral("Kombinieren"));
+    AutoKomb = button(Frame12, QStringLiteral("AutoKomb"), tr("Stapel"));
+    Mittelw = button(Frame12, QStringLiteral("Mittelw"), tr("Mittelwert"));
+    //: The layer counter: the panel reads its number back from after ": ", which must stay.
+    Schicht = button(Frame12, QStringLiteral("Schicht"), tr("Schicht: %1").arg(0));
+    Combine = button(Frame12, QStringLiteral("Combine"), tr("Kombinieren"));
     Combine->setEnabled(false);
-    Kopie = button(Frame12, QStringLiteral("Kopie"), QStringLiteral("Kopie"));
+    Kopie = button(Frame12, QStringLiteral("Kopie"), tr("Kopie"));
     auto* actions = new QHBoxLayout;
     for (QPushButton* action : {AutoKomb, Mittelw, Schicht, Combine, Kopie}) {
         squeeze(action, action->fontMetrics().horizontalAdvance(action->text()) + 20);
@@ -312,13 +313,13 @@ void Panel::buildLensChanger(QWidget* page) {
     Frame1->hide();
     column(page)->addWidget(Frame1);
 
-    Frame6 = frame(page, QStringLiteral("Frame6"), QStringLiteral("Objektivwechsler"));
+    Frame6 = frame(page, QStringLiteral("Frame6"), tr("Objektivwechsler"));
     auto* positions = layoutIn<QHBoxLayout>(Frame6);
     for (int i = 0; i < 5; ++i) {
         lbObjektiv[i] = readout(Frame6, element("lbObjektiv", i), QString::number(i + 1));
         lbObjektiv[i]->setAlignment(Qt::AlignCenter);
         lbObjektiv[i]->setToolTip(
-            QStringLiteral("Objektiv an Position %1; ein Klick schwenkt es ein").arg(i + 1));
+            tr("Objektiv an Position %1; ein Klick schwenkt es ein").arg(i + 1));
         positions->addWidget(lbObjektiv[i]);
     }
     Frame6->hide();
@@ -328,11 +329,12 @@ void Panel::buildLensChanger(QWidget* page) {
 // Reference points: zero and maximum, and top, bottom and middle each with a picture and a
 // shape. The middle point is used by some rigs only.
 void Panel::buildReferencePoints(QWidget* page) {
-    static const char* const names[5] = {"Null", "Max", "Oben", "Unten", "Mitte"};
-    Frame5 = frame(page, QStringLiteral("Frame5"), QStringLiteral("Referenzpunkte"));
+    static const char* const names[5] = {QT_TR_NOOP("Null"), QT_TR_NOOP("Max"), QT_TR_NOOP("Oben"),
+                                         QT_TR_NOOP("Unten"), QT_TR_NOOP("Mitte")};
+    Frame5 = frame(page, QStringLiteral("Frame5"), tr("Referenzpunkte"));
     auto* row = layoutIn<QHBoxLayout>(Frame5);
     for (int i = 0; i < 5; ++i) {
-        Label4[i] = label(Frame5, element("Label4", i), QLatin1String(names[i]));
+        Label4[i] = label(Frame5, element("Label4", i), tr(names[i]));
         if (i >= 2) {
             Image1[i] = picture(Frame5, element("Image1", i));
             Shape1[i] = shape(Frame5, element("Shape1", i));
@@ -353,9 +355,9 @@ void Panel::buildReferencePoints(QWidget* page) {
 // Identification line of the controller and the last line received from it.
 void Panel::buildLogBoxes(QWidget* page) {
     Text1[0] = edit(page, element("Text1", 0));
-    Text1[0]->setToolTip(QStringLiteral("Kennung des Steuergeräts"));
+    Text1[0]->setToolTip(tr("Kennung des Steuergeräts"));
     Text1[1] = edit(page, element("Text1", 1));
-    Text1[1]->setToolTip(QStringLiteral("Zuletzt empfangen"));
+    Text1[1]->setToolTip(tr("Zuletzt empfangen"));
     for (QLineEdit* log : Text1) {
         log->setReadOnly(true);
         // The board's lines are plain ASCII; laid out without kerning and ligature lookups,

@@ -31,11 +31,11 @@ void Panel::buildCamera(QWidget* page) {
     SensorBreiteA = number(Frame9, QStringLiteral("SensorBreiteA"), QStringLiteral("1024"));
     SensorBreiteP = number(Frame9, QStringLiteral("SensorBreiteP"), QStringLiteral("1024"));
     Zwischenringe = number(Frame9, QStringLiteral("Zwischenringe"), QStringLiteral("0"));
-    Direktanzeige = check(Frame9, QStringLiteral("Direktanzeige"), QStringLiteral("Direktanzeige"));
-    form->addRow(QStringLiteral("Sensorbreite [mm]"), Sensor_breite);
-    form->addRow(QStringLiteral("Bildbreite [Pixel]"), SensorBreiteA);
-    form->addRow(QStringLiteral("Basisauflösung [Pixel]"), SensorBreiteP);
-    form->addRow(QStringLiteral("Zwischenringe [mm]"), Zwischenringe);
+    Direktanzeige = check(Frame9, QStringLiteral("Direktanzeige"), tr("Direktanzeige"));
+    form->addRow(tr("Sensorbreite [mm]"), Sensor_breite);
+    form->addRow(tr("Bildbreite [Pixel]"), SensorBreiteA);
+    form->addRow(tr("Basisauflösung [Pixel]"), SensorBreiteP);
+    form->addRow(tr("Zwischenringe [mm]"), Zwischenringe);
     form->addRow(Direktanzeige);
     column(page)->addWidget(Frame9);
 }
@@ -43,19 +43,19 @@ void Panel::buildCamera(QWidget* page) {
 // The lens list. OptikFaktor holds the factor of each lens, index-aligned with cbOptik; rigs
 // without bellows show it beside the names.
 void Panel::buildLensList(QWidget* page) {
-    auto* box = new QGroupBox(QStringLiteral("Objektiv"), page);
+    auto* box = new QGroupBox(tr("Objektiv"), page);
     auto* grid = layoutIn<QGridLayout>(box);
     cbOptik = make<QComboBox>(box, QStringLiteral("cbOptik"));
     cbOptik->setEditable(true);
     cbOptik->addItem(QStringLiteral("ohne"));
-    cbOptik->setToolTip(QStringLiteral("Objektiv auswählen"));
+    cbOptik->setToolTip(tr("Objektiv auswählen"));
     OptikFaktor = make<QListWidget>(box, QStringLiteral("OptikFaktor"));
     OptikFaktor->addItem(QStringLiteral("0"));
     OptikFaktor->hide();
-    NeuObjektiv = button(box, QStringLiteral("NeuObjektiv"), QStringLiteral("Neu"));
-    NeuName = button(box, QStringLiteral("NeuName"), QStringLiteral("Umbenennen"));
-    Speichern = button(box, QStringLiteral("Speichern"), QStringLiteral("Speichern"));
-    Autofokus = check(box, QStringLiteral("Autofokus"), QStringLiteral("Autofokus"));
+    NeuObjektiv = button(box, QStringLiteral("NeuObjektiv"), tr("Neu"));
+    NeuName = button(box, QStringLiteral("NeuName"), tr("Umbenennen"));
+    Speichern = button(box, QStringLiteral("Speichern"), tr("Speichern"));
+    Autofokus = check(box, QStringLiteral("Autofokus"), tr("Autofokus"));
     OptikFaktor->setMaximumSize(80, 60);
     grid->addWidget(cbOptik, 0, 0, 1, 3);
     grid->addWidget(OptikFaktor, 0, 3, 2, 1);
@@ -69,27 +69,29 @@ void Panel::buildLensList(QWidget* page) {
 // Focal length and offset of the lens, and its calibration list: one row per measured
 // image width. Zelle is the cell editor floated over the grid while a cell is edited.
 void Panel::buildCalibration(QWidget* page) {
-    auto* box = new QGroupBox(QStringLiteral("Kalibrierung"), page);
+    auto* box = new QGroupBox(tr("Kalibrierung"), page);
     auto* layout = layoutIn<QVBoxLayout>(box);
 
     auto* form = new QFormLayout;
     txBrennweite = number(box, QStringLiteral("txBrennweite"), QStringLiteral("0"));
     txOffset = number(box, QStringLiteral("txOffset"), QStringLiteral("0"));
-    form->addRow(QStringLiteral("Brennweite [mm]"), txBrennweite);
+    form->addRow(tr("Brennweite [mm]"), txBrennweite);
     form->addRow(QStringLiteral("Offset [mm]"), txOffset);
     layout->addLayout(form);
 
     auto* mode = new QHBoxLayout;
-    Option1 = option(box, QStringLiteral("Option1"), QStringLiteral("Balgenberechnung"));
+    Option1 = option(box, QStringLiteral("Option1"), tr("Balgenberechnung"));
     Option1->setEnabled(false);
-    Synchron = button(box, QStringLiteral("Synchron"), QStringLiteral("Einmessen"));
+    Synchron = button(box, QStringLiteral("Synchron"), tr("Einmessen"));
     mode->addWidget(Option1);
     mode->addStretch();
     mode->addWidget(Synchron);
     layout->addLayout(mode);
 
     // Column titles as the list has always had them; a leading "^" centres the title.
-    const QString format = QStringLiteral("Breite|^ Auszug|^ B/G |^ Fokus |^      s0");
+    //: The calibration list's column titles, separated by "|"; a leading "^" centres one.
+    //: B/G: the magnification (image to object), s0: the lens' offset.
+    const QString format = tr("Breite|^ Auszug|^ B/G |^ Fokus |^      s0");
     const QStringList titles = format.split(QLatin1Char('|'));
     Grid1 = make<QTableWidget>(box, QStringLiteral("Grid1"));
     Grid1->setColumnCount(int(titles.size()));
@@ -112,7 +114,7 @@ void Panel::buildCalibration(QWidget* page) {
     Zelle->hide();
     layout->addWidget(Grid1);
 
-    Loeschen = button(box, QStringLiteral("Loeschen"), QStringLiteral("Zeile löschen"));
+    Loeschen = button(box, QStringLiteral("Loeschen"), tr("Zeile löschen"));
     layout->addWidget(Loeschen, 0, Qt::AlignRight);
     column(page)->addWidget(box);
 }

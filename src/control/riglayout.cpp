@@ -50,23 +50,23 @@ void layOutBellowsRig(Panel& p) {
     show({p.OptikFaktor, p.Frame1, p.Frame5}, false);
     show({p.Frame4a, p.Frame4}, true);
     showSecondAxis(p, true);
-    showSecondMotor(p, QStringLiteral("Balgen"), true);
-    p.SSTab1->setTabText(1, QStringLiteral("Objektive"));
+    showSecondMotor(p, Panel::tr("Balgen"), true);
+    p.SSTab1->setTabText(1, Panel::tr("Objektive"));
 }
 
 void layOutLensChangerRig(Panel& p) {
     show({p.Frame1, p.Frame5}, true);
     p.Label4[2]->setText(QStringLiteral("Reset"));
-    p.Label4[3]->setText(QStringLiteral("Präp."));
+    p.Label4[3]->setText(Panel::tr("Präp."));
     show({p.Label4[4], p.Image1[4]}, true);
     p.Slider2->setVisible(false);
-    p.Label41->setText(QStringLiteral("Anheben [Schritte]"));
+    p.Label41->setText(Panel::tr("Anheben [Schritte]"));
     show({p.Licht[1], p.HScroll1[1]}, false);
     p.Licht[0]->setMinimumWidth(kWidenedLightWidth);
     p.HScroll1[0]->setMinimumWidth(kWidenedLightWidth);
     p.Frame6->setVisible(true);
     showLensesWithoutBellows(p);
-    showSecondMotor(p, QStringLiteral("Optik"), false);
+    showSecondMotor(p, Panel::tr("Optik"), false);
     show({p.cbEndschalter[0], p.cbMikroschritt[0]}, false);
     for (int k = 0; k <= 3; ++k)
         p.micro0[k]->setVisible(false);
@@ -75,9 +75,9 @@ void layOutLensChangerRig(Panel& p) {
 void layOutMicroscopeRig(Panel& p) {
     p.Frame1->setVisible(true);
     p.Frame5->setVisible(true);
-    p.Label4[2]->setText(QStringLiteral("Oben"));
-    p.Label4[3]->setText(QStringLiteral("Unten"));
-    p.Label4[4]->setText(QStringLiteral("Mitte"));
+    p.Label4[2]->setText(Panel::tr("Oben"));
+    p.Label4[3]->setText(Panel::tr("Unten"));
+    p.Label4[4]->setText(Panel::tr("Mitte"));
     for (int i = 2; i <= 4; ++i)
         show({p.Image1[i], p.Shape1[i]}, false);
     p.Slider2->setVisible(true);
@@ -86,9 +86,9 @@ void layOutMicroscopeRig(Panel& p) {
     font.setPointSize(14);
     p.lblOptik->setFont(font);
     showLensesWithoutBellows(p);
-    showSecondMotor(p, QStringLiteral("Optik"), false);
-    p.Licht[1]->setText(QStringLiteral("Auflicht"));
-    p.Licht[0]->setText(QStringLiteral("Durchlicht"));
+    showSecondMotor(p, Panel::tr("Optik"), false);
+    p.Licht[1]->setText(Panel::tr("Auflicht"));
+    p.Licht[0]->setText(Panel::tr("Durchlicht"));
 }
 
 }  // namespace

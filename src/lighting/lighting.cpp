@@ -48,10 +48,15 @@ struct ColourChannel {
 
 // The colour channels of the ring light. Green is "f": "g" sets the micro-steps.
 const std::array<ColourChannel, 4> kColourChannels = {{
-    {"Intensität für weiß wählen (0...255; 0 = Mittelwert)", QLatin1Char('w')},
-    {"Intensität für rot wählen (0...255)", QLatin1Char('r')},
-    {"Intensität für grün wählen (0...255)", QLatin1Char('f')},
-    {"Intensität für blau wählen (0...255)", QLatin1Char('b')},
+    {QT_TRANSLATE_NOOP("quendrix::Lighting",
+                       "Intensität für weiß wählen (0...255; 0 = Mittelwert)"),
+     QLatin1Char('w')},
+    {QT_TRANSLATE_NOOP("quendrix::Lighting", "Intensität für rot wählen (0...255)"),
+     QLatin1Char('r')},
+    {QT_TRANSLATE_NOOP("quendrix::Lighting", "Intensität für grün wählen (0...255)"),
+     QLatin1Char('f')},
+    {QT_TRANSLATE_NOOP("quendrix::Lighting", "Intensität für blau wählen (0...255)"),
+     QLatin1Char('b')},
 }};
 
 }  // namespace
@@ -111,8 +116,8 @@ void Lighting::Segment(qint16 segment) {
 void Lighting::Farbe(qint16 index) {
     if (index < 0 || index >= qint16(kColourChannels.size())) return;
     const ColourChannel& channel = kColourChannels[index];
-    const QString answer = control_.platform().inputBox(
-        QString::fromUtf8(channel.prompt), QStringLiteral("Farbe einstellen"), QString());
+    const QString answer =
+        control_.platform().inputBox(tr(channel.prompt), tr("Farbe einstellen"), QString());
     // A cancelled box answers "", which is no number either.
     const qint16 intensity = textToInteger(answer, control_.locale());
     link_.Output(channel.letter + QString::number(intensity) + QLatin1Char('!'));

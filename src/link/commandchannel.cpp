@@ -153,7 +153,7 @@ void Link::waitForRelease(const QString& caller) {
     const auto result =
         waiter_.waitFor([this] { return bFreigabe; }, kReleaseSeconds, Waiter::Escape::Ends);
     if (result == Waiter::Result::TimedOut)
-        control_.platform().messageBox(QStringLiteral("Quendrix wartet auf Freigabe: ") + caller,
+        control_.platform().messageBox(tr("Quendrix wartet auf Freigabe: ") + caller,
                                        MsgBox::OKOnly, QString());
 }
 

@@ -50,11 +50,10 @@ void Startup::Motor_Starten() {
     bool recognised = false;
     if (!identification.contains(u"Arduino")) {
         p.Text1[0]->setText(QStringLiteral("Arduino nicht gefunden. "));
-        platform.messageBox(QStringLiteral("'Arduino' nicht gefunden"), MsgBox::Exclamation,
-                            QString());
+        platform.messageBox(tr("'Arduino' nicht gefunden"), MsgBox::Exclamation, QString());
     } else if (!namesKnownBoard(identification)) {
         p.Text1[0]->setText(QStringLiteral("unbekannt"));
-        platform.messageBox(QStringLiteral("Unbekanntes Gerät mit Arduino an diesem Anschluß"),
+        platform.messageBox(tr("Unbekanntes Gerät mit Arduino an diesem Anschluß"),
                             MsgBox::Exclamation, QString());
     } else {
         p.Text1[0]->setText(identification);
@@ -62,19 +61,17 @@ void Startup::Motor_Starten() {
         recognised = true;
     }
     if (identification.contains(u"Motorspannung"))
-        platform.messageBox(QStringLiteral("Motorstrom einschalten"), MsgBox::Exclamation,
-                            QString());
+        platform.messageBox(tr("Motorstrom einschalten"), MsgBox::Exclamation, QString());
 
     if (!recognised) {
         link_.bBereit = false;
-        const QString report = identification.contains(u"unbekannt")
-                                   ? QStringLiteral("Arduino Interface kennt den Motor %1 nicht")
-                                         .arg(control_.Controltyp())
-                                   : QStringLiteral(
-                                         "Arduino Interface nicht angeschlossen oder von anderem "
-                                         "Programm verwendet\r\n") +
-                                         p.Text1[0]->text();
-        platform.messageBox(report, MsgBox::OKOnly, QStringLiteral("Interface suchen"));
+        const QString report =
+            identification.contains(u"unbekannt")
+                ? tr("Arduino Interface kennt den Motor %1 nicht").arg(control_.Controltyp())
+                : tr("Arduino Interface nicht angeschlossen oder von "
+                     "anderem Programm verwendet") +
+                      QStringLiteral("\r\n") + p.Text1[0]->text();
+        platform.messageBox(report, MsgBox::OKOnly, tr("Interface suchen"));
     } else {
         control_.Optik_laden();
         switch (control_.Controltyp()) {

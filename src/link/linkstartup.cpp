@@ -118,8 +118,8 @@ void Startup::WiFi_Starten() {
     link_.bQuittiert = false;
     const QString address = control_.ini(control_.MotorName(), QStringLiteral("IP"), QString());
     if (address.isEmpty()) {
-        control_.platform().messageBox(QStringLiteral("Keine IP vergeben für diese Steuerung"),
-                                       MsgBox::OKOnly, QStringLiteral("WiFi_Starten"));
+        control_.platform().messageBox(tr("Keine IP vergeben für diese Steuerung"), MsgBox::OKOnly,
+                                       QStringLiteral("WiFi_Starten"));
         return;
     }
     control_.wifi = true;
@@ -158,9 +158,8 @@ void Startup::WiFi_Starten() {
     // The board reports its motor supply switched off.
     if (link_.sLetzteZeile.contains(u"Motorspannung") ||
         link_.sKennText[1].contains(u"Motorspannung"))
-        control_.platform().messageBox(
-            QStringLiteral("Versorgungsspannung am Steuergerät einschalten"), MsgBox::OKOnly,
-            QStringLiteral("Kommunikation starten"));
+        control_.platform().messageBox(tr("Versorgungsspannung am Steuergerät einschalten"),
+                                       MsgBox::OKOnly, tr("Kommunikation starten"));
 }
 
 }  // namespace quendrix

@@ -67,7 +67,7 @@ int Motion::exponentInForce(int axis) const {
 // file), so that a later division keeps this speed.
 void Motion::Taktsetzen_Click(int axis) {
     QLineEdit* pause = panel_.Taktpause[axis];
-    const std::optional<qint32> typed = wholeSetting(pause, QStringLiteral("Taktpause"), 1);
+    const std::optional<qint32> typed = wholeSetting(pause, tr("Taktpause"), 1);
     if (!typed) return;
     const double fullStep = double(*typed) * std::pow(2.0, exponentInForce(axis));
     setTag(pause, QString::number(toLong(fullStep)));
@@ -80,7 +80,7 @@ void Motion::Taktsetzen_Click(int axis) {
 // acknowledgements of the run commands by it from now on.
 void Motion::cSpiel_Click(int axis) {
     QLineEdit* backlash = panel_.tSpiel[axis];
-    const std::optional<qint32> steps = wholeSetting(backlash, QStringLiteral("Spiel"), 0);
+    const std::optional<qint32> steps = wholeSetting(backlash, tr("Spiel"), 0);
     if (!steps) return;
     link_.backlash[axis] = *steps;
     control_.setini(control_.MotorName() + QString::number(axis), QStringLiteral("spiel"),
@@ -94,8 +94,7 @@ std::optional<qint32> Motion::wholeSetting(QLineEdit* box, const QString& name, 
     constexpr qint32 highest = 1000000;
     const std::optional<qint32> number = wholeValIn(box->text(), lowest, highest);
     if (!number) {
-        control_.platform().messageBox(QStringLiteral("%1: bitte eine ganze Zahl von %2 bis %3 "
-                                                      "eingeben")
+        control_.platform().messageBox(tr("%1: bitte eine ganze Zahl von %2 bis %3 eingeben")
                                            .arg(name)
                                            .arg(lowest)
                                            .arg(highest),

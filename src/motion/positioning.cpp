@@ -76,10 +76,11 @@ void Motion::Drehen_MouseUp(int button) {
 void Motion::Label9_Click() {
     Panel& p = panel_;
     if (p.Label9->text().contains(u"mm")) {
-        p.Label9->setText(QStringLiteral("Position [Schritte]"));
+        p.Label9->setText(Panel::tr("Position [Schritte]"));
         p.lblPosition[0]->setText(QString::number(link_.AchsPosition[0]));
     } else {
-        p.Label9->setText(QStringLiteral("Position [mm]"));
+        //: Must hold "mm": the readout shows millimetres exactly when its caption does.
+        p.Label9->setText(Panel::tr("Position [mm]"));
         p.lblPosition[0]->setText(
             formatNumber(Schritte_in_mm(0, -1).mm, QStringLiteral("##,##0.00"), control_.locale()));
     }
@@ -127,8 +128,7 @@ void Motion::Position_anfahren(qint32 target, int axis, int speedMode) {
 }
 
 void Motion::rangeWarning(const QString& text) {
-    control_.platform().messageBox(text, MsgBox::Exclamation,
-                                   QStringLiteral("Objektbereich abfahren"));
+    control_.platform().messageBox(text, MsgBox::Exclamation, tr("Objektbereich abfahren"));
     control_.setFocus();
 }
 
@@ -138,10 +138,8 @@ void Motion::Bereich_abfahren() {
     const QString start = panel_.BBeginn[0]->text(), end = panel_.BEnde[0]->text();
     const int direction = start.compare(end) <= 0 ? 1 : 0;
     const qint32 position = link_.AchsPosition[0];
-    if (direction == 0 && Val(start) <= position)
-        rangeWarning(QStringLiteral("Obere Position erreicht"));
-    if (direction == 1 && Val(start) >= position)
-        rangeWarning(QStringLiteral("Untere Position erreicht"));
+    if (direction == 0 && Val(start) <= position) rangeWarning(tr("Obere Position erreicht"));
+    if (direction == 1 && Val(start) >= position) rangeWarning(tr("Untere Position erreicht"));
     Richtung_setzen(direction, 0);
     control_.Output(
         QStringLiteral("t%1#").arg(doubleToText(Val(panel_.Schrittzahl->text()), QLocale::c())));
@@ -151,7 +149,7 @@ void Motion::Bereich_abfahren() {
 // chosen, while it is still 0, so only the lower end can be reported.
 void Motion::Bereich_zurueckfahren() {
     const QString start = panel_.BBeginn[0]->text(), end = panel_.BEnde[0]->text();
-    if (Val(end) <= link_.AchsPosition[0]) rangeWarning(QStringLiteral("Untere Position erreicht"));
+    if (Val(end) <= link_.AchsPosition[0]) rangeWarning(tr("Untere Position erreicht"));
     Richtung_setzen(start.compare(end) <= 0 ? 0 : 1, 0);
     control_.Output(
         QStringLiteral("t%1#").arg(doubleToText(Val(panel_.Schrittzahl->text()), QLocale::c())));

@@ -106,9 +106,9 @@ void Calibration::Synchron_Click() {
     closeEditor();
     Platform& platform = control_.platform();
     const int answer =
-        platform.messageBox(QStringLiteral("Neue Meßreihe (alte Werte löschen)?"),
+        platform.messageBox(tr("Neue Meßreihe (alte Werte löschen)?"),
                             MsgBox::YesNoCancel | MsgBox::Question | MsgBox::DefaultButton2,
-                            QStringLiteral("Balgengerät einmessen"));
+                            tr("Balgengerät einmessen"));
     if (answer != MsgBox::Yes && answer != MsgBox::No) return;
     if (answer == MsgBox::Yes) {
         control_.Matrix = freshTable();
@@ -124,8 +124,8 @@ void Calibration::Synchron_Click() {
         control_.setSensorbreite(file.sensorWidth);
         control_.Matrix = std::move(file.table);
         if (file.sensorWidth != sensorWidth)
-            platform.messageBox(QStringLiteral("Sensorbreite geändert!"),
-                                MsgBox::OKOnly | MsgBox::Exclamation, QString());
+            platform.messageBox(tr("Sensorbreite geändert!"), MsgBox::OKOnly | MsgBox::Exclamation,
+                                QString());
     }
     if (answer == MsgBox::No) showTable();
     emit tableChanged();
@@ -148,8 +148,8 @@ void Calibration::cmdAufnehmen_Click() {
 void Calibration::cmdFertig_Click() {
     closeEditor();
     Platform& platform = control_.platform();
-    if (platform.messageBox(QStringLiteral("Sollen die Werte gespeichert werden"), MsgBox::YesNo,
-                            QStringLiteral("Synchronliste speichern")) == MsgBox::Yes) {
+    if (platform.messageBox(tr("Sollen die Werte gespeichert werden"), MsgBox::YesNo,
+                            tr("Synchronliste speichern")) == MsgBox::Yes) {
         writeCalibrationFile(fileName(), control_.Sensorbreite(),
                              control_.Matrix.isEmpty() ? freshTable() : control_.Matrix);
     }
@@ -160,15 +160,15 @@ void Calibration::cmdFertig_Click() {
     // Per camera (the section), motor and lens.
     const QString key = control_.MotorName().right(1) + QLatin1Char('_') +
                         QString::number(panel_.cbOptik->currentIndex());
-    if (platform.messageBox(QStringLiteral("Soll die neue Brennweite gespeichert werden"),
-                            MsgBox::YesNo, QString()) == MsgBox::Yes) {
+    if (platform.messageBox(tr("Soll die neue Brennweite gespeichert werden"), MsgBox::YesNo,
+                            QString()) == MsgBox::Yes) {
         const QString text = panel_.txBrennweite->text();
         const float focalLength = textToSingle(text, control_.locale());
         control_.setini(control_.Kameratyp(), QStringLiteral("Brennweite") + key, text);
         control_.setBrennweite(focalLength);
     }
-    if (platform.messageBox(QStringLiteral("Soll der neue Offsetwert gespeichert werden"),
-                            MsgBox::YesNo, QString()) == MsgBox::Yes) {
+    if (platform.messageBox(tr("Soll der neue Offsetwert gespeichert werden"), MsgBox::YesNo,
+                            QString()) == MsgBox::Yes) {
         const QString text = panel_.txOffset->text();
         const double offset = textToDouble(text, control_.locale());
         control_.setini(control_.Kameratyp(), QStringLiteral("offset") + key, text);

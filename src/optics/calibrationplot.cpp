@@ -62,7 +62,7 @@ void CalibrationPlot::paintEvent(QPaintEvent*) {
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
     if (points_.empty()) {
         painter.setPen(colours.color(QPalette::PlaceholderText));
-        painter.drawText(rect(), Qt::AlignCenter, QStringLiteral("Noch keine Messreihe"));
+        painter.drawText(rect(), Qt::AlignCenter, tr("Noch keine Messreihe"));
         return;
     }
 
@@ -116,9 +116,8 @@ void CalibrationPlot::paintEvent(QPaintEvent*) {
                          numbers.toString(a, 'f', decimalsFor(yStep)));
     }
     painter.drawText(QRectF(area.left(), area.bottom() + lineHeight + 2, area.width(), lineHeight),
-                     Qt::AlignRight, QStringLiteral("Maßstab"));
-    painter.drawText(QRectF(4, 3, width() - 8, lineHeight), Qt::AlignLeft,
-                     QStringLiteral("Auszug [mm]"));
+                     Qt::AlignRight, tr("Maßstab"));
+    painter.drawText(QRectF(4, 3, width() - 8, lineHeight), Qt::AlignLeft, tr("Auszug [mm]"));
 
     // The fitted line and what it gives, then the measurements on top.
     painter.setClipRect(area);

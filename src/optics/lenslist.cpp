@@ -70,8 +70,8 @@ void Optics::Optik_laden() {
 
 void Optics::NeuObjektiv_Click() {
     const QString name = control_.platform().inputBox(
-        QStringLiteral("Eindeutige Bezeichnung incl. Nah-/Fern-Einstellung eingeben"),
-        QStringLiteral("Objektiv zur Liste hinzufügen"), QString());
+        tr("Eindeutige Bezeichnung incl. Nah-/Fern-Einstellung eingeben"),
+        tr("Objektiv zur Liste hinzufügen"), QString());
     if (name.isEmpty()) return;
     // The factor follows when the lens is stored with Speichern.
     QComboBox* names = panel_.cbOptik;
@@ -90,13 +90,12 @@ void Optics::NeuObjektiv_Click() {
 }
 
 void Optics::NeuName_Click() {
-    const QString name = control_.platform().inputBox(
-        QStringLiteral("Eindeutige Bezeichnung eingeben"),
-        QStringLiteral("Neue Bezeichnung für das angezeigte Objektiv"), QString());
+    const QString name =
+        control_.platform().inputBox(tr("Eindeutige Bezeichnung eingeben"),
+                                     tr("Neue Bezeichnung für das angezeigte Objektiv"), QString());
     const int index = panel_.cbOptik->currentIndex();
     if (index < 0) {
-        control_.platform().messageBox(QStringLiteral("Erst ein Objektiv auswählen"),
-                                       MsgBox::OKOnly, {});
+        control_.platform().messageBox(tr("Erst ein Objektiv auswählen"), MsgBox::OKOnly, {});
         return;
     }
     panel_.cbOptik->setItemText(index, name);
@@ -189,8 +188,8 @@ void Optics::Optik_waehlen(const QString& Focus) {
             return;
         }
     }
-    control_.platform().messageBox(
-        QStringLiteral("Kein Objektiv mit dieser Brennweite in der Liste"), MsgBox::OKOnly, {});
+    control_.platform().messageBox(tr("Kein Objektiv mit dieser Brennweite in der Liste"),
+                                   MsgBox::OKOnly, {});
 }
 
 // The lens the label names (the changer reports it) becomes the selected one.

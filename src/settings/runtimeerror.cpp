@@ -1,14 +1,23 @@
 #include <quendrix/RuntimeError.h>
 
+#include <QCoreApplication>
+
 namespace quendrix {
 
 namespace {
+
+// The error texts, in the language of the installed translator.
+struct Message {
+    Q_DECLARE_TR_FUNCTIONS(quendrix::RuntimeError)
+};
+
 QString composeText(int number, const QString& detail) {
     QString text =
-        QStringLiteral("Laufzeitfehler %1: %2").arg(number).arg(RuntimeError::description(number));
+        Message::tr("Laufzeitfehler %1: %2").arg(number).arg(RuntimeError::description(number));
     if (!detail.isEmpty()) text += QStringLiteral(" (%1)").arg(detail);
     return text;
 }
+
 }  // namespace
 
 RuntimeError::RuntimeError(int number, const QString& detail)
@@ -24,27 +33,27 @@ QString RuntimeError::text() const {
 QString RuntimeError::description(int number) {
     switch (number) {
         case InvalidCall:
-            return QStringLiteral("Unzulässiger Prozeduraufruf oder ungültiges Argument");
+            return Message::tr("Unzulässiger Prozeduraufruf oder ungültiges Argument");
         case Overflow:
-            return QStringLiteral("Überlauf");
+            return Message::tr("Überlauf");
         case OutOfMemory:
-            return QStringLiteral("Nicht genügend Speicher");
+            return Message::tr("Nicht genügend Speicher");
         case SubscriptOutOfRange:
-            return QStringLiteral("Index außerhalb des gültigen Bereichs");
+            return Message::tr("Index außerhalb des gültigen Bereichs");
         case DivisionByZero:
-            return QStringLiteral("Division durch Null");
+            return Message::tr("Division durch Null");
         case TypeMismatch:
-            return QStringLiteral("Typen unverträglich");
+            return Message::tr("Typen unverträglich");
         case InternalError:
-            return QStringLiteral("Interner Fehler");
+            return Message::tr("Interner Fehler");
         case FileNotFound:
-            return QStringLiteral("Datei nicht gefunden");
+            return Message::tr("Datei nicht gefunden");
         case InputPastEndOfFile:
-            return QStringLiteral("Einlesen hinter Dateiende");
+            return Message::tr("Einlesen hinter Dateiende");
         case InvalidPropertyValue:
-            return QStringLiteral("Unzulässiger Eigenschaftswert");
+            return Message::tr("Unzulässiger Eigenschaftswert");
         default:
-            return QStringLiteral("Anwendungs- oder objektdefinierter Fehler");
+            return Message::tr("Anwendungs- oder objektdefinierter Fehler");
     }
 }
 

@@ -3,6 +3,7 @@
 #include "settings/numbers.h"
 #include "settings/textformat.h"
 
+#include <QCoreApplication>
 #include <QStringList>
 #include <cmath>
 #include <vector>
@@ -68,20 +69,27 @@ bool fits(double number, const NumberBoxRule& rule) {
     return number >= rule.lowest && number <= rule.highest;
 }
 
+// The notes' texts, in the language of the installed translator.
+struct Note {
+    Q_DECLARE_TR_FUNCTIONS(quendrix::TypedNumber)
+};
+
 // "Erwartet: eine ganze Zahl von 1 bis 32766." for a box that expects anything in particular.
 QString expectation(const NumberBoxRule& rule, const QLocale& locale) {
     const bool low = std::isfinite(rule.lowest), high = std::isfinite(rule.highest);
-    if (!low && !high && !rule.wholeNumber) return {};
-    QString what =
-        rule.wholeNumber ? QStringLiteral("eine ganze Zahl") : QStringLiteral("eine Zahl");
-    if (low && high)
-        what += QStringLiteral(" von %1 bis %2")
-                    .arg(doubleToText(rule.lowest, locale), doubleToText(rule.highest, locale));
-    else if (low)
-        what += QStringLiteral(" ab %1").arg(doubleToText(rule.lowest, locale));
-    else if (high)
-        what += QStringLiteral(" bis %1").arg(doubleToText(rule.highest, locale));
-    return QStringLiteral("Erwartet: %1.").arg(what);
+    const QString lowest = low ? doubleToText(rule.lowest, locale) : QString();
+    const QString highest = high ? doubleToText(rule.highest, locale) : QString();
+    if (rule.wholeNumber) {
+        if (low && high)
+            return Note::tr("Erwartet: eine ganze Zahl von %1 bis %2.").arg(lowest, highest);
+        if (low) return Note::tr("Erwartet: eine ganze Zahl ab %1.").arg(lowest);
+        if (high) return Note::tr("Erwartet: eine ganze Zahl bis %1.").arg(highest);
+        return Note::tr("Erwartet: eine ganze Zahl.");
+    }
+    if (low && high) return Note::tr("Erwartet: eine Zahl von %1 bis %2.").arg(lowest, highest);
+    if (low) return Note::tr("Erwartet: eine Zahl ab %1.").arg(lowest);
+    if (high) return Note::tr("Erwartet: eine Zahl bis %1.").arg(highest);
+    return {};
 }
 
 // The numbers the panel took, each once: "Gelesen als 23 und als 23,6."
@@ -98,9 +106,10 @@ QString understood(const std::vector<Reading>& readings, const QLocale& locale) 
     }
     QStringList lines;
     if (!numbers.isEmpty())
-        lines.append(
-            QStringLiteral("Gelesen als %1.").arg(numbers.join(QStringLiteral(" und als "))));
-    if (refused) lines.append(QStringLiteral("Wird so nicht angenommen."));
+        //: The numbers a box's text was read as, joined by " und als ": "Gelesen als 23 und als
+        //: 23,6."
+        lines.append(Note::tr("Gelesen als %1.").arg(numbers.join(Note::tr(" und als "))));
+    if (refused) lines.append(Note::tr("Wird so nicht angenommen."));
     return lines.join(u'\n');
 }
 
@@ -152,21 +161,20 @@ TypedNumber judgeTypedNumber(const QString& text, const NumberBoxRule& rule,
     if (meant && allRead(readings, *meant)) {
         if (fits(*meant, rule)) return {};
         note.append(rule.wholeNumber && *meant != std::floor(*meant)
-                        ? QStringLiteral("Keine ganze Zahl.")
-                        : QStringLiteral("Außerhalb des sinnvollen Bereichs."));
+                        ? Note::tr("Keine ganze Zahl.")
+                        : Note::tr("Außerhalb des sinnvollen Bereichs."));
     } else {
         bool overflow = false;
         for (const Reading& reading : readings)
             overflow = overflow || reading.error == RuntimeError::Overflow;
         if (overflow)
-            note.append(QStringLiteral("Zu groß für eine Zahl."));
+            note.append(Note::tr("Zu groß für eine Zahl."));
         else if (!meant)
-            note.append(text.trimmed().isEmpty() ? QStringLiteral("Leer.")
-                                                 : QStringLiteral("Keine Zahl."));
+            note.append(text.trimmed().isEmpty() ? Note::tr("Leer.") : Note::tr("Keine Zahl."));
         note.append(understood(readings, locale));
         if (meant && fits(*meant, rule)) {
             if (const std::optional<QString> typed = howToType(*meant, rule, locale))
-                note.append(QStringLiteral("Für %1 bitte „%2“ eingeben.")
+                note.append(Note::tr("Für %1 bitte „%2“ eingeben.")
                                 .arg(doubleToText(*meant, locale), *typed));
         }
     }

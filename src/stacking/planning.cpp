@@ -94,12 +94,11 @@ void Stacking::suggestSpacing() {
     }
     take_->setEnabled(advice.has_value());
     if (!advice) {
-        suggestion_->setText(
-            QStringLiteral("Vorschlag: Blende, Zerstreuungskreis und Sehfeld angeben"));
+        suggestion_->setText(tr("Vorschlag: Blende, Zerstreuungskreis und Sehfeld angeben"));
         return;
     }
     suggestedPlanes_ = advice->intervals;
-    suggestion_->setText(QStringLiteral("Vorschlag: %1 Ebenen im Abstand von %2 (Schärfentiefe %3)")
+    suggestion_->setText(tr("Vorschlag: %1 Ebenen im Abstand von %2 (Schärfentiefe %3)")
                              .arg(advice->intervals)
                              .arg(formatNumber(advice->spacingMm * 1000,
                                                QStringLiteral("#,##0.0 µ"), control_.locale()),

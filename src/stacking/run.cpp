@@ -40,8 +40,8 @@ QString Stacking::layerCount() const {
 void Stacking::AutoKomb_Click() {
     Panel& p = panel_;
     if (Val(p.Schrittzahl->text()) <= 0) {
-        control_.platform().messageBox(
-            QStringLiteral("Bereich ist kleiner als die Anzahl der Ebenen !"), MsgBox::OKOnly, {});
+        control_.platform().messageBox(tr("Bereich ist kleiner als die Anzahl der Ebenen !"),
+                                       MsgBox::OKOnly, {});
         return;
     }
     setTag(p.AutoKomb, QString());
@@ -92,7 +92,7 @@ void Stacking::Timer3_Timer() {
 void Stacking::Schicht_Click() {
     const qint16 layer = checkedAdd<qint16>(toInteger(Val(layerCount())), 1);
     if (layer == 1) panel_.Combine->setEnabled(true);
-    panel_.Schicht->setText(QStringLiteral("Schicht: %1").arg(layer));
+    panel_.Schicht->setText(Panel::tr("Schicht: %1").arg(layer));
     Kamera_bereit = false;
     emit control_.Schicht(QString::number(layer));
 }
@@ -170,7 +170,7 @@ void Stacking::Kopie_Click() {
 
 void Stacking::Zuruecksetzen() {
     panel_.Combine->setEnabled(false);
-    panel_.Schicht->setText(QStringLiteral("Schicht: 0"));
+    panel_.Schicht->setText(Panel::tr("Schicht: %1").arg(0));
 }
 
 void Stacking::Reset(qint16 axis) {
@@ -199,10 +199,10 @@ void Stacking::showProgress() {
     progress_->setVisible(running);
     if (!running) return;
     const int taken = planesTotal_ - Ebenenzaehler;
-    QString text = QStringLiteral("Bild %1 von %2").arg(taken).arg(planesTotal_);
+    QString text = tr("Bild %1 von %2").arg(taken).arg(planesTotal_);
     if (taken > 0) {
         const double perPicture = (control_.platform().now() - runStart_) / taken;
-        text += QStringLiteral(", noch etwa %1 s").arg(std::lround(perPicture * Ebenenzaehler));
+        text += tr(", noch etwa %1 s").arg(std::lround(perPicture * Ebenenzaehler));
     }
     progress_->setText(text);
 }

@@ -100,14 +100,13 @@ void Stacking::buildAdvisor() {
     suggestion_ = new QLabel(frame);
     suggestion_->setObjectName(QStringLiteral("Vorschlag"));
     suggestion_->setWordWrap(true);
-    take_ = new QPushButton(QStringLiteral("Übernehmen"), frame);
+    take_ = new QPushButton(tr("Übernehmen"), frame);
     take_->setObjectName(QStringLiteral("VorschlagUebernehmen"));
-    take_->setToolTip(QStringLiteral("Die vorgeschlagene Zahl der Ebenen übernehmen"));
-    advisor->addWidget(new QLabel(QStringLiteral("Blende"), frame), 0, 0);
+    take_->setToolTip(tr("Die vorgeschlagene Zahl der Ebenen übernehmen"));
+    advisor->addWidget(new QLabel(tr("Blende"), frame), 0, 0);
     advisor->addWidget(aperture_, 0, 1);
-    auto* circleLabel = new QLabel(QStringLiteral("Unschärfe [mm]"), frame);
-    circleLabel->setToolTip(
-        QStringLiteral("Zerstreuungskreis: der Durchmesser, der noch als scharf gilt"));
+    auto* circleLabel = new QLabel(tr("Unschärfe [mm]"), frame);
+    circleLabel->setToolTip(tr("Zerstreuungskreis: der Durchmesser, der noch als scharf gilt"));
     advisor->addWidget(circleLabel, 0, 2);
     advisor->addWidget(confusion_, 0, 3);
     advisor->addWidget(suggestion_, 1, 0, 1, 3);

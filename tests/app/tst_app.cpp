@@ -84,6 +84,7 @@ private slots:
             {{"--board", "xyz"}, {"--board", "xyz"}},
             {{"--stack", "1:2"}, {"--stack", "1:2"}},
             {{"--camera", "foo"}, {"--camera", "foo"}},
+            {{"--lang", "xx"}, {"--lang", "xx"}},
             {{"--no-such-option"}, {"no-such-option"}},
             {{"--rig"}, {"--rig"}},
             {{"--pictures", aFile}, {"--pictures", aFile}},
@@ -233,6 +234,44 @@ private slots:
         QVERIFY2(wifi.output.contains("no rig found at " + address) &&
                      wifi.output.contains("no answer within 20 s"),
                  qPrintable(wifi.output));
+    }
+
+    // The window speaks English when --lang en asks for it, or without --lang when the system's
+    // first user-interface language is English; German otherwise, also under "C". Seen in a
+    // message of the panel, which a run nobody watches prints: a WiFi rig without an address.
+    void theLanguageFollowsLangThenTheSystem() {
+        const QString ini = dir_.filePath("no-address_L.ini");
+        write(ini, "[Stativ]\r\nport=6\r\n");
+        const QString german = "Keine IP vergeben", english = "No IP address set";
+        struct Case {
+            QStringList lang;
+            QString LANG, LANGUAGE;
+            QString expected;
+        };
+        const QList<Case> cases = {
+            {{"--lang", "en"}, "C.UTF-8", "", english},
+            {{"--lang", "de"}, "en_US.UTF-8", "en_US", german},
+            {{}, "en_GB.UTF-8", "", english},
+            {{}, "de_DE.UTF-8", "en_US:de", english},
+            {{}, "en_US.UTF-8", "de:en", german},
+            {{}, "C", "", german},
+        };
+        for (const Case& c : cases) {
+            QProcessEnvironment locale;
+            locale.insert("LC_ALL", "");
+            locale.insert("LC_MESSAGES", "");
+            locale.insert("LANG", c.LANG);
+            locale.insert("LANGUAGE", c.LANGUAGE);
+            const Run shown = run(c.lang + QStringList{"--board", "wifi", "--ini", ini,
+                                                       "--snapshot", dir_.filePath("window.png")},
+                                  locale);
+            const QString what = QString("%1 LANG=%2 LANGUAGE=%3: %4")
+                                     .arg(c.lang.join(' '), c.LANG, c.LANGUAGE, shown.output);
+            QVERIFY2(shown.output.contains("message WiFi_Starten: " + c.expected) &&
+                         !shown.output.contains(c.expected == german ? english : german) &&
+                         !shown.output.contains("translation"),
+                     qPrintable(what));
+        }
     }
 
     // A value the rig cannot use is named once, with its file, section and key; the rig runs

@@ -5,6 +5,7 @@
 #include "camera/subject.h"
 #include "fusion/fusion.h"
 #include "hostwindow.h"
+#include "language/language.h"
 #include "link/link.h"
 #include "motion/motion.h"
 #include "runestimate.h"
@@ -18,17 +19,21 @@
 #include <quendrix/ctlQuendrix.h>
 
 #include <sys/ioctl.h>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QElapsedTimer>
+#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSerialPort>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <QTranslator>
 #include <QtTest>
 #include <cmath>
 
@@ -597,6 +602,72 @@ private slots:
         QVERIFY(commands().isEmpty());
         QTest::keyClick(&window, Qt::Key_Escape);
         QTRY_COMPARE(window.stackControl().phase(), Phase::Idle);
+    }
+
+    // With the English translation installed before the window is made, the panel and the window
+    // speak English on every rig type, and what the panel reads back from its captions still
+    // works: a stack counts its layers ("Layer: n") to the end and asks for them combined, the
+    // position readout switched to millimetres shows millimetres, and the lens list keeps its
+    // German "ohne", which it compares.
+    void inEnglishThePanelSpeaksEnglishAndStillReadsItsCaptions() {
+        QString problem;
+        QVERIFY2(language::install(*qApp, language::Language::English, &problem),
+                 qPrintable(problem));
+        const auto backToGerman = qScopeGuard([] {
+            for (QTranslator* translator : qApp->findChildren<QTranslator*>()) {
+                QCoreApplication::removeTranslator(translator);
+                delete translator;
+            }
+        });
+        {
+            quendrix::Panel& p = *open({"sim", {}, 60}, 1).panel().panel();
+            QCOMPARE(p.Frame6->title(), QString("Lens changer"));
+            QCOMPARE(p.Label41->text(), QString("Raise by [steps]"));
+            QCOMPARE(p.Label4[3]->text(), QString("Spec."));
+            QCOMPARE(p.lblOptik->text(), QString("ohne"));
+            QCOMPARE(p.cbOptik->itemText(0), QString("ohne"));
+        }
+        {
+            quendrix::Panel& p = *open({"sim", {}, 60}, 2).panel().panel();
+            QCOMPARE(p.Licht[0]->text(), QString("Transmitted light"));
+            QCOMPARE(p.Licht[1]->text(), QString("Incident light"));
+            QCOMPARE(p.Label4[4]->text(), QString("Middle"));
+        }
+        HostWindow& window = open({"sim", {}, 60});
+        quendrix::Panel& p = *window.panel().panel();
+        QStringList tabs;
+        for (int i = 0; i < p.SSTab1->count(); ++i)
+            tabs << p.SSTab1->tabText(i);
+        QCOMPARE(tabs, QStringList({"Control", "Optics", "Axes", "Light"}));
+        QCOMPARE(p.obMotor[1]->text(), QString("Bellows"));
+        QCOMPARE(p.Frame12->title(), QString("Focus stack"));
+        QCOMPARE(p.AutoKomb->text(), QString("Stack"));
+        QCOMPARE(p.Schicht->text(), QString("Layer: 0"));
+        QCOMPARE(p.Label9->text(), QString("Position [steps]"));
+        QCOMPARE(child<QGroupBox>("Stapelsteuerung")->title(), QString("Stack"));
+        QCOMPARE(child<QPushButton>("Stopp")->text(), QString("Stop"));
+        QCOMPARE(child<QComboBox>("Kamera")->itemText(0), QString("Simulated"));
+        p.Ebenen->setText("abc");
+        QVERIFY2(p.Ebenen->toolTip().startsWith("Not a number."), qPrintable(p.Ebenen->toolTip()));
+
+        QTest::mouseClick(p.Label9, Qt::LeftButton);
+        QCOMPARE(p.Label9->text(), QString("Position [mm]"));
+        plan("60", "0", "3");
+        QStringList layers;
+        connect(&window.panel(), &ctlQuendrix::Schicht, this, [&] { layers << p.Schicht->text(); });
+        QSignalSpy combine(&window.panel(), &ctlQuendrix::Kombinieren);
+        QSignalSpy failed(&window.session(), &CaptureSession::failed);
+        QTest::mouseClick(p.AutoKomb, Qt::LeftButton);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            listed().contains("Stack complete: 4 of 4 pictures") || !failed.isEmpty(), 60000);
+        QVERIFY2(failed.isEmpty(), qPrintable(failed.value(0).value(0).toString()));
+        QCOMPARE(asked_, QStringList({"1", "2", "3", "4"}));
+        QCOMPARE(layers, QStringList({"Layer: 1", "Layer: 2", "Layer: 3", "Layer: 4"}));
+        QCOMPARE(combine.size(), 1);
+        QCOMPARE(combine.first().first().toString(), QString("4"));
+        QCOMPARE(p.Schicht->text(), QString("Layer: 0"));
+        QCOMPARE(board_->axis(0).position, 0);
+        QCOMPARE(p.lblPosition[0]->text(), QString("0,00"));  // millimetres, as the caption says
     }
 
     // A larger window gives its room to the pictures list and the preview; the panel keeps its

@@ -34,6 +34,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     check(o.camera.timeoutSeconds >= 1 && o.camera.timeoutSeconds <= 86400,
           "a capture time-out is from 1 s to a day");
     check(CameraChoice::kinds().contains(o.camera.kind), "a camera is one the program has");
+    check(o.language.isEmpty() || o.language == u"de" || o.language == u"en",
+          "a language is one the program speaks");
     check(!o.combine || o.stack, "--combine comes with --stack");
     check(!(o.stack && !o.snapshot.isEmpty()), "a stack and a snapshot exclude each other");
     if (o.stack)

@@ -301,7 +301,7 @@ void Panel::buildStack(QWidget* page) {
 
 // The lens in use and the lens changer; shown on lens-changer and microscope rigs only.
 void Panel::buildLensChanger(QWidget* page) {
-    Frame1 = frame(page, QStringLiteral("Frame1"), QStringLiteral("Optik"));
+    Frame1 = frame(page, QStringLiteral("Frame1"), tr("Optik"));
     auto* lens = layoutIn<QHBoxLayout>(Frame1);
     lblOptik = label(Frame1, QStringLiteral("lblOptik"), QStringLiteral("ohne"));
     Slider2 = make<QSlider>(Frame1, QStringLiteral("Slider2"));

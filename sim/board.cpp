@@ -187,6 +187,8 @@ void Board::linkOpened(double now) {
     powerOn();
     framer_.clear();
     replies_.clear();
+    arriving_.clear();
+    wireInFree_ = wireOutFree_ = clock_;
     linkOpen_ = true;
     bootEnd_ = clock_ + options_.faults.bootDelay;
     commandsThisLink_ = 0;
@@ -200,6 +202,7 @@ void Board::linkClosed(double now) {
     linkOpen_ = false;
     framer_.clear();
     replies_.clear();
+    arriving_.clear();
     nextNoise_.reset();
     nextGarbage_.reset();
 }
@@ -210,21 +213,41 @@ void Board::setReceivedObserver(std::function<void(const Received&)> observer) {
 
 void Board::receive(const QByteArray& bytes, double now) {
     runUntil(now);
-    if (!linkOpen_ || booting(clock_) || disconnectRequested_) return;
-    for (const QByteArray& text : framer_.feed(bytes)) {
-        received_.append(Received{text, clock_});
-        if (observer_) observer_(received_.back());
-        const char letter = text.front();
-        const char terminator = text.back();
-        const QByteArray value = text.mid(1, text.size() - 2);
-        if (options_.rig != Rig::Silent)
-            execute(Command{text, letter, terminator, value, leadingNumber(value)}, clock_);
-        const int limit = options_.faults.disconnectAfter;
-        if (limit > 0 && ++commandsThisLink_ >= limit) {
-            disconnectRequested_ = true;
-            break;
-        }
+    if (!linkOpen_ || disconnectRequested_) return;
+    const WireTiming& wire = options_.wire;
+    if (!wire.on()) {
+        if (booting(clock_)) return;
+        for (const QByteArray& text : framer_.feed(bytes))
+            if (!take(text, clock_)) break;
+        return;
     }
+    // Each byte crosses the wire after the ones before it; a command is complete with its
+    // last byte, and the firmware takes it a little later.
+    double t = std::max(now + wire.adapterSeconds, wireInFree_);
+    for (const char byte : bytes) {
+        t += wire.secondsPerByte();
+        if (booting(t)) continue;
+        for (const QByteArray& text : framer_.feed(QByteArray(1, byte)))
+            arriving_.append(Arriving{text, t + wire.commandSeconds});
+    }
+    wireInFree_ = t;
+}
+
+bool Board::take(const QByteArray& text, double now) {
+    received_.append(Received{text, now});
+    if (observer_) observer_(received_.back());
+    const char letter = text.front();
+    const char terminator = text.back();
+    const QByteArray value = text.mid(1, text.size() - 2);
+    if (options_.rig != Rig::Silent)
+        execute(Command{text, letter, terminator, value, leadingNumber(value)}, now);
+    const int limit = options_.faults.disconnectAfter;
+    if (limit > 0 && ++commandsThisLink_ >= limit) {
+        disconnectRequested_ = true;
+        arriving_.clear();
+        return false;
+    }
+    return true;
 }
 
 QByteArray Board::output(double now) {
@@ -450,8 +473,8 @@ void Board::startMove(int a, const Move& move, const Command& command, double no
     moves_[a].reset();  // a new move replaces a running one without a finishing line
     send(movingLine(a), now);
     acknowledge(command, now);
-    moves_[a] = move;
-    if (move.end <= now) finishMove(a, now, false);
+    moves_[a] = move.delayed(options_.wire.moveSeconds);
+    if (moves_[a]->end <= now) finishMove(a, now, false);
 }
 
 // "p n#": the counter is set. A value beyond the rail leaves the carriage against the switch
@@ -525,6 +548,7 @@ std::pair<double, Board::Source> Board::earliestEvent() const {
     auto consider = [&best](double time, Source source) {
         if (best.second == Source::None || time < best.first) best = {time, source};
     };
+    if (!arriving_.isEmpty()) consider(arriving_.front().time, Source::Command);
     if (moves_[0]) consider(moves_[0]->nextEvent(), Source::Axis0);
     if (moves_[1]) consider(moves_[1]->nextEvent(), Source::Axis1);
     if (turn_) consider(nextTickOrEnd(turn_->start, turn_->end, turn_->ticksSent), Source::Changer);
@@ -540,7 +564,9 @@ std::optional<double> Board::nextEvent() const {
 }
 
 void Board::processEvent(Source source, double t) {
-    if (source == Source::Noise) {
+    if (source == Source::Command) {
+        take(arriving_.takeFirst().text, t);
+    } else if (source == Source::Noise) {
         sendNoise(t);
         scheduleNoise(t);
     } else if (source == Source::Garbage) {
@@ -620,7 +646,13 @@ void Board::enqueue(const QByteArray& line, double now) {
     QByteArray bytes;
     if (random_.chance(options_.faults.strayLeadByteProbability)) bytes += '\xC2';
     bytes += line + "\r\n";
-    replies_.add(bytes, now + options_.faults.replyDelay);
+    double due = now + options_.faults.replyDelay;
+    if (const WireTiming& wire = options_.wire; wire.on()) {
+        // The line crosses the wire after the lines before it, then waits in the adapter.
+        wireOutFree_ = std::max(due, wireOutFree_) + bytes.size() * wire.secondsPerByte();
+        due = wireOutFree_ + wire.adapterSeconds;
+    }
+    replies_.add(bytes, due);
 }
 
 void Board::acknowledge(const Command& command, double now) {

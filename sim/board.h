@@ -90,10 +90,17 @@ private:
     // What a command handler leaves to the caller: an acknowledgement line, the error line
     // of an unknown command, or nothing (it has answered itself).
     enum class Reply { Acknowledge, Unknown, Done };
-    enum class Source { None, Axis0, Axis1, Changer, Noise, Garbage };
+    enum class Source { None, Command, Axis0, Axis1, Changer, Noise, Garbage };
+    // A command framed from bytes still on the wire, and when the firmware takes it.
+    struct Arriving {
+        QByteArray text;
+        double time;
+    };
 
     void powerOn();
     void moveTo(int axis, qint32 steps);  // the axis has got to `steps`
+    // Takes a framed command at `now`; false when the board then drops the link.
+    bool take(const QByteArray& text, double now);
     void execute(const Command& command, double now);
     Reply motionCommand(const Command& command, double now);
     Reply axisCommand(const Command& command, int axis, double now);
@@ -142,6 +149,9 @@ private:
     bool disconnectRequested_ = false;
     std::optional<double> nextNoise_;
     std::optional<double> nextGarbage_;
+    QList<Arriving> arriving_;  // with wire timing: commands the firmware has not taken yet
+    double wireInFree_ = 0;     // when the last byte written to the board has crossed the wire
+    double wireOutFree_ = 0;    // when the board's last line has crossed it
 
     std::array<AxisState, 2> axes_;
     std::array<std::optional<Move>, 2> moves_;

@@ -1,5 +1,6 @@
 #include "sim/frontend.h"
 
+#include "sim/alarm.h"
 #include "sim/board.h"
 
 namespace quendrix::sim {
@@ -9,13 +10,18 @@ FrontEnd::FrontEnd(Board& board, Clock clock, QObject* parent)
     timer_.setInterval(5);
     timer_.setTimerType(Qt::PreciseTimer);
     connect(&timer_, &QTimer::timeout, this, [this] { pump(); });
+    if (board_.options().wire.on()) alarm_ = std::make_unique<Alarm>([this] { pump(); });
 }
 
+FrontEnd::~FrontEnd() = default;
+
 void FrontEnd::setAutoPump(bool on) {
-    if (on)
+    if (on) {
         timer_.start();
-    else
+    } else {
         timer_.stop();
+        if (alarm_) alarm_->cancel();
+    }
     autoPumpChanged();
 }
 
@@ -37,6 +43,9 @@ void FrontEnd::exchange(const QByteArray& in) {
     const QByteArray out = board_.output(t);
     if (!out.isEmpty()) write(out);
     if (board_.disconnectRequested()) dropLink();
+    if (alarm_ && autoPump()) {
+        if (const std::optional<double> due = board_.nextDue()) alarm_->ringIn(*due - now());
+    }
 }
 
 }  // namespace quendrix::sim

@@ -4,21 +4,24 @@
 #include <QObject>
 #include <QTimer>
 #include <functional>
+#include <memory>
 
 namespace quendrix::sim {
 
+class Alarm;
 class Board;
 
 // What the pseudo-terminal and TCP front ends share: the board, the clock that drives it, and
 // the pump that moves bytes between the link and the board. Tests call pump() themselves with
-// a scripted clock; a program turns on the automatic pump, which runs every few milliseconds
-// and whenever input arrives.
+// a scripted clock; a program turns on the automatic pump, which runs every few milliseconds,
+// whenever input arrives and, with wire timing, when the board has something due.
 class FrontEnd : public QObject {
     Q_OBJECT
 public:
     using Clock = std::function<double()>;
 
     FrontEnd(Board& board, Clock clock, QObject* parent = nullptr);
+    ~FrontEnd() override;
 
     Board& board() const { return board_; }
     // True while a client holds the link (the device is open, a socket is connected).
@@ -66,6 +69,9 @@ private:
     Board& board_;
     Clock clock_;
     QTimer timer_;
+    // With wire timing the pump also wakes when the board's next byte is due, not only on the
+    // timer's next round.
+    std::unique_ptr<Alarm> alarm_;
     bool linkUp_ = false;
 };
 

@@ -12,6 +12,7 @@
 #include <QSocketNotifier>
 #include <QStringList>
 #include <array>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <memory>
@@ -35,6 +36,12 @@ Plays the rig's interface board until SIGINT or SIGTERM.
   --encoder-offset N    encoder value = position + N
   --rail STEPS[,STEPS]  the rails' length in steps (axis 0, axis 1; one length serves
                         both), with a limit switch at 0 and at the end (default: no ends)
+  --wire                time the link like a real rig's: 115200 baud, 0.5 ms per
+                        command, 2 ms before a motor starts, a USB adapter's 2 ms
+  --baud N              bytes cross the link at N baud, 10 bits each (0: at once)
+  --command-latency S   seconds the firmware takes for each command
+  --move-latency S      further seconds before a motor starts moving
+  --adapter-latency S   seconds a USB-serial adapter holds bytes, each direction
   --boot-delay S        seconds of silence after the link opens
   --reply-delay S       every line leaves S seconds later
   --drop-acks P         lose an acknowledgement with probability P
@@ -99,7 +106,8 @@ Settings parse(QStringList args) {
     auto number = [&value](const QString& option) {
         bool ok = false;
         const double n = value(option).toDouble(&ok);
-        if (!ok || n < 0) fail(option + QStringLiteral(" needs a number of 0 or more"));
+        if (!ok || !std::isfinite(n) || n < 0)
+            fail(option + QStringLiteral(" needs a number of 0 or more"));
         return n;
     };
     const std::pair<const char*, Rig> rigs[] = {
@@ -136,6 +144,18 @@ Settings parse(QStringList args) {
             s.options.encoderOffset = value(option).toInt();
         } else if (option == "--rail") {
             s.options.rails = rails(option, value(option));
+        } else if (option == "--wire") {
+            s.options.wire = WireTiming::realistic();
+        } else if (option == "--baud") {
+            const double baud = number(option);
+            if (baud > 10000000) fail(QStringLiteral("--baud: at most 10000000"));
+            s.options.wire.baud = int(baud);
+        } else if (option == "--command-latency") {
+            s.options.wire.commandSeconds = number(option);
+        } else if (option == "--move-latency") {
+            s.options.wire.moveSeconds = number(option);
+        } else if (option == "--adapter-latency") {
+            s.options.wire.adapterSeconds = number(option);
         } else if (option == "--boot-delay") {
             f.bootDelay = number(option);
         } else if (option == "--reply-delay") {

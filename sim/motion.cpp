@@ -64,6 +64,13 @@ Move Move::takeUp(const AxisState& axis, double now) {
     return move;
 }
 
+Move Move::delayed(double seconds) const {
+    Move later = *this;
+    later.start += seconds;
+    later.end += seconds;
+    return later;
+}
+
 qint32 Move::positionAt(double t) const {
     if (t >= end) return to;
     const qint64 total = std::abs(to - from);

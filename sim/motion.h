@@ -60,6 +60,8 @@ struct Move {
     static Move travel(const AxisState& axis, std::optional<qint64> distance, double now);
     static Move takeUp(const AxisState& axis, double now);
 
+    // The same movement, begun `seconds` later (the firmware's delay before a motor starts).
+    Move delayed(double seconds) const;
     qint32 positionAt(double t) const;
     // The time of the next status tick, or of the end when no tick comes before it.
     double nextEvent() const;

@@ -31,6 +31,25 @@ struct Faults {
     quint32 seed = 1;
 };
 
+// The serial wire's timing. Off (no baud rate, no latencies), a command is taken the moment it
+// is written and a reply leaves the moment it is due. On, bytes cross the wire one after the
+// other, 10 bits each (start, 8 data, stop); the firmware needs time for every command and
+// more before a motor starts; a USB-serial adapter holds what it carries for its latency, in
+// either direction.
+struct WireTiming {
+    int baud = 0;               // bits per second (0: bytes take no time)
+    double commandSeconds = 0;  // the firmware's time for one command, before it answers
+    double moveSeconds = 0;     // further time before a motor starts moving
+    double adapterSeconds = 0;  // a USB-serial adapter's latency, each direction
+
+    bool on() const {
+        return baud > 0 || commandSeconds > 0 || moveSeconds > 0 || adapterSeconds > 0;
+    }
+    double secondsPerByte() const { return baud > 0 ? 10.0 / baud : 0; }
+    // What a real rig at 115200 baud behind a USB-serial adapter takes.
+    static WireTiming realistic() { return {115200, 0.0005, 0.002, 0.002}; }
+};
+
 struct Options {
     Rig rig = Rig::Bellows;
     Drive drive = Drive::Can;
@@ -41,6 +60,7 @@ struct Options {
     // limit switch at either end. Empty: a rail without ends.
     std::array<std::optional<qint32>, 2> rails{};
     Faults faults;
+    WireTiming wire;
 };
 
 // One command as the board framed it, with its arrival time on the simulation clock.

@@ -348,6 +348,35 @@ private slots:
         QCOMPARE(lossy.send("w1#?#"), QList<QByteArray>{"Arduino Photostand"});
     }
 
+    // On a timed wire a command is taken once its last byte has crossed and the firmware has
+    // had its time; replies queue for the wire behind each other and then wait in the adapter,
+    // and a motor starts only after its own delay.
+    void wireTimingPacesBytesAndAddsTheFirmwaresTime() {
+        Options options;
+        options.wire = {10000, 0.010, 0.050, 0.002};  // a byte takes 1 ms
+        Script s(options);
+        QVERIFY(s.send("w800#w800#").isEmpty());
+        QVERIFY(qAbs(s.board.nextDue().value_or(-1) - 0.017) < 1e-9);  // 2 + 5 + 10 ms
+        QVERIFY(s.runTo(0.0269).isEmpty());
+        QCOMPARE(s.runTo(0.0271), QList<QByteArray>{"W|800#"});  // 17 + 8 + 2 ms
+        // The second command is taken at 22 ms, but its reply waits for the first to cross.
+        QVERIFY(s.runTo(0.0349).isEmpty());
+        QCOMPARE(s.runTo(0.0351), QList<QByteArray>{"W|800#"});
+        QCOMPARE(s.board.received().size(), 2);
+        QVERIFY(qAbs(s.board.received().back().time - 0.022) < 1e-9);
+
+        s.runTo(1);
+        s.send("t1000#");  // taken at 1.018 s; the motor starts at 1.068 s, 1250 steps/s
+        QCOMPARE(s.runTo(1.06).size(), 2);  // "|B" and the acknowledgement
+        QCOMPARE(s.board.axis(0).position, 0);
+        s.runTo(1.5);
+        QCOMPARE(s.board.axis(0).position, 540);
+        // It ends at 1.868 s; its last two lines take 21 and 24 ms on this slow wire.
+        QVERIFY(s.runTo(1.9).back().endsWith("|B"));
+        QVERIFY(s.runTo(1.916).back().endsWith("|F :0"));
+        QCOMPARE(s.board.axis(0).position, 1000);
+    }
+
     void splitRepliesReassembleToTheSameBytes() {
         Options options;
         options.faults.splitReplies = true;

@@ -160,7 +160,7 @@ int main(int argc, char* argv[]) {
     };
     if (options.simulated()) {
         if (settings.fresh) seedSimulatedRig(panel);
-        if (!rig.start(panel.Controltyp(), panel.MotorArt0(), &error))
+        if (!rig.start(panel.Controltyp(), panel.MotorArt0(), options.wireTiming, &error))
             return fail(QStringLiteral("the simulated rig did not start: %1").arg(error));
         panel.setini(panel.MotorName(), QStringLiteral("port"), rig.devicePath());
         focus = [&rig] { return rig.axisPosition(0); };

@@ -27,6 +27,10 @@ const QList<QCommandLineOption>& allOptions() {
                "and never writes the file itself.",
                "file"),
         option("rig", "Rig type: 0 bellows, 1 lens changer, 2 microscope.", "type"),
+        option("sim-timing",
+               "The simulated rig's link: wire (the default: 115200 baud and a real board's "
+               "and USB adapter's delays) or fast (no delays).",
+               "timing"),
         option("bag", "Restore the panel's properties from <file>.", "file"),
         option("snapshot",
                "Bring the rig into service, render the window to <png>, shut the rig down "
@@ -85,6 +89,7 @@ public:
 
         if (const QString problem = board(o); !problem.isEmpty()) return problem;
         if (const QString problem = rig(o); !problem.isEmpty()) return problem;
+        if (const QString problem = simTiming(o); !problem.isEmpty()) return problem;
         if (const QString problem = files(o); !problem.isEmpty()) return problem;
         if (const QString problem = stack(o); !problem.isEmpty()) return problem;
         if (const QString problem = language(o); !problem.isEmpty()) return problem;
@@ -119,6 +124,17 @@ private:
                        "\"%1\"")
                 .arg(type);
         o.rig = qint16(type.toShort());
+        return {};
+    }
+
+    QString simTiming(Options& o) const {
+        if (!isSet("sim-timing")) return {};
+        const QString timing = value("sim-timing");
+        if (timing != u"wire" && timing != u"fast")
+            return QStringLiteral("--sim-timing: wire or fast, not \"%1\"").arg(timing);
+        if (!o.simulated())
+            return QStringLiteral("--sim-timing: only with the simulated rig (--board sim)");
+        o.wireTiming = timing == u"wire";
         return {};
     }
 

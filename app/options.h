@@ -14,6 +14,7 @@ struct Options {
     Board board = Board::Simulated;
     QString ini;                // absolute; empty: the rig's own settings file
     std::optional<qint16> rig;  // 0 bellows, 1 lens changer, 2 microscope
+    bool wireTiming = true;     // the simulated rig's link is timed like a real wire
     QString bag;                // absolute; empty: the panel's first-placement defaults
     QString snapshot;           // absolute; empty: no snapshot
     std::optional<StackRequest> stack;

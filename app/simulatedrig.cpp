@@ -1,6 +1,6 @@
 #include "simulatedrig.h"
 
-bool SimulatedRig::start(int controltyp, int motorArt0, QString* error) {
+bool SimulatedRig::start(int controltyp, int motorArt0, bool wireTiming, QString* error) {
     using quendrix::sim::Drive;
     using quendrix::sim::Rig;
     quendrix::sim::Options options;
@@ -16,6 +16,7 @@ bool SimulatedRig::start(int controltyp, int motorArt0, QString* error) {
     options.rails = controltyp == 1   ? Rails{160000, {}}
                     : controltyp == 2 ? Rails{40000, {}}
                                       : Rails{600000, 4800};
+    if (wireTiming) options.wire = quendrix::sim::WireTiming::realistic();
     clock_.start();
     board_ = std::make_unique<quendrix::sim::Board>(options);
     pty_ = std::make_unique<quendrix::sim::PtyFrontEnd>(

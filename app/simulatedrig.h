@@ -14,8 +14,10 @@
 class SimulatedRig {
 public:
     // Plays the board of rig type `controltyp` (0 bellows, 1 lens changer, 2 microscope); the
-    // lens changer's drive is the panel's motorArt0 (0 stepper, 1 CAN bus, 2 DC motor).
-    bool start(int controltyp, int motorArt0, QString* error);
+    // lens changer's drive is the panel's motorArt0 (0 stepper, 1 CAN bus, 2 DC motor). With
+    // `wireTiming` the link takes a real rig's time: 115200 baud, the firmware's and a USB
+    // adapter's delays.
+    bool start(int controltyp, int motorArt0, bool wireTiming, QString* error);
     QString devicePath() const { return pty_ ? pty_->devicePath() : QString(); }
     // Where an axis really stands, in steps (what the simulated camera focuses at).
     double axisPosition(int axis) const { return board_ ? board_->axis(axis).position : 0; }

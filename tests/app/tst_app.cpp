@@ -85,6 +85,8 @@ private slots:
             {{"--stack", "1:2"}, {"--stack", "1:2"}},
             {{"--camera", "foo"}, {"--camera", "foo"}},
             {{"--lang", "xx"}, {"--lang", "xx"}},
+            {{"--sim-timing", "slow"}, {"--sim-timing", "slow"}},
+            {{"--board", "serial", "--sim-timing", "fast"}, {"--sim-timing", "--board sim"}},
             {{"--no-such-option"}, {"no-such-option"}},
             {{"--rig"}, {"--rig"}},
             {{"--pictures", aFile}, {"--pictures", aFile}},

@@ -6,6 +6,7 @@
 // Usage: bench_capture [planes, default 6] [WIDTHxHEIGHT, default 6000x4000]
 #include "camera/simcamera.h"
 #include "camera/subject.h"
+#include "control/internals.h"
 #include "link/link.h"
 #include "motion/motion.h"
 #include "session/capturesession.h"
@@ -78,8 +79,8 @@ int main(int argc, char* argv[]) {
     quendrix::Panel& p = *control.panel();
     control.MSComm1()->setPortName(pty.devicePath());
     if (!control.MSComm1()->open(QIODevice::ReadWrite)) return 1;
-    control.link()->bQuittiert = true;
-    control.motion()->maxPosition[0] = 100000;
+    quendrix::internals(control).link()->setQuittiert(true);
+    quendrix::internals(control).motion()->maxPosition[0] = 100000;
     p.Steigung[0]->setText(QStringLiteral("1"));
     p.Schritte[0]->setText(QStringLiteral("400"));
     p.wartezeit->setText(QStringLiteral("10"));

@@ -7,6 +7,7 @@
 //   3. Status lines evaluated per second by Auswerten against the line rate of a 115200-baud
 //      wire; target: at least 100 times the wire rate.
 // Usage: bench_link [round trips per transport, default 300]
+#include "control/internals.h"
 #include "link/link.h"
 #include "simprocess.h"
 
@@ -43,7 +44,7 @@ void compareRoundTrips(int count) {
         return;
     }
     ctlQuendrix control;
-    control.link()->bQuittiert = true;
+    quendrix::internals(control).link()->setQuittiert(true);
 
     QSerialPort raw;
     if (!openSerial(raw, sim.serial)) return;
@@ -87,7 +88,7 @@ void measureUnansweredWait() {
         return;
     ctlQuendrix control;
     if (!openSerial(*control.MSComm1(), sim.serial)) return;
-    control.link()->bQuittiert = true;
+    quendrix::internals(control).link()->setQuittiert(true);
     QElapsedTimer wall;
     const double before = processorSeconds();
     wall.start();
@@ -101,7 +102,7 @@ void measureUnansweredWait() {
 
 void measureEvaluation() {
     ctlQuendrix control;
-    control.link()->sErwartet = QStringLiteral("T|");
+    quendrix::internals(control).link()->setErwartet(QStringLiteral("T|"));
     const QString line = QStringLiteral("q #123456 ~123450 *16 |B\r\n");
     const int count = 100000;
     QElapsedTimer timer;

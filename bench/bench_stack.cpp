@@ -3,6 +3,7 @@
 // against the board simulator over a pseudo-terminal, with a host that releases at once.
 // Target: median under 5 ms.
 // Usage: bench_stack [planes, default 40]
+#include "control/internals.h"
 #include "link/link.h"
 #include "motion/motion.h"
 
@@ -43,8 +44,8 @@ int main(int argc, char* argv[]) {
     control.MSComm1()->setPortName(device);
     control.MSComm1()->setBaudRate(115200);
     if (!control.MSComm1()->open(QIODevice::ReadWrite)) return 1;
-    control.link()->bQuittiert = true;
-    control.motion()->maxPosition[0] = 10000000;
+    quendrix::internals(control).link()->setQuittiert(true);
+    quendrix::internals(control).motion()->maxPosition[0] = 10000000;
     p.Steigung[0]->setText(QStringLiteral("1"));
     p.Schritte[0]->setText(QStringLiteral("400"));
     p.Taktpause[0]->setText(QStringLiteral("100"));
@@ -59,9 +60,10 @@ int main(int argc, char* argv[]) {
     double lastEnd = -1;
     QList<double> overheads;
     bool combined = false;
-    QObject::connect(control.link(), &quendrix::Link::moveFinished, [&](int axis) {
-        if (axis == 0) lastEnd = clock.nsecsElapsed() / 1e6;
-    });
+    QObject::connect(quendrix::internals(control).link(), &quendrix::Link::moveFinished,
+                     [&](int axis) {
+                         if (axis == 0) lastEnd = clock.nsecsElapsed() / 1e6;
+                     });
     QObject::connect(&control, &ctlQuendrix::Schicht, [&](const QString& nr) {
         const double now = clock.nsecsElapsed() / 1e6;
         if (nr.toInt() > 1 && lastEnd >= 0) overheads.append(now - lastEnd - kPauseMs);

@@ -6,6 +6,7 @@
 // Target: at most 1.5 times. A second line shows how much of that the command channel takes: the
 // same commands sent through Output alone, against the same bare client.
 // Usage: bench_startup [start-ups, default 15]
+#include "control/internals.h"
 #include "link/link.h"
 #include "simprocess.h"
 
@@ -95,7 +96,7 @@ int main(int argc, char* argv[]) {
         if (run > 0) measured.rawSeconds = replay(sim.serial, commands);
         if (!openSerial(*control.MSComm1(), sim.serial)) return 1;
         // As after the link's start-up, which has found the board before the device starts.
-        control.link()->bQuittiert = true;
+        quendrix::internals(control).link()->setQuittiert(true);
         control.Output(QString::fromLatin1(kIdentification));
         sim.takePrinted();
         QElapsedTimer timer;
@@ -124,7 +125,7 @@ int main(int argc, char* argv[]) {
     for (int run = 1; run < count; ++run) {
         const double rawSeconds = replay(sim.serial, commands);
         if (!openSerial(*control.MSComm1(), sim.serial)) return 1;
-        control.link()->bQuittiert = true;
+        quendrix::internals(control).link()->setQuittiert(true);
         control.Output(QString::fromLatin1(kIdentification));
         control.setUpdatesEnabled(false);  // as during the start-up
         QElapsedTimer timer;

@@ -16,15 +16,7 @@ class QTcpSocket;
 class QTimer;
 
 namespace quendrix {
-class Calibration;
-class Lighting;
-class Link;
-class Motion;
-class Optics;
-class SettingNumbers;
-class Stacking;
-class Startup;
-class Waiter;
+class ControlParts;
 }  // namespace quendrix
 
 // The Quendrix panel: drives the motor axes, lenses, lights and focus stacks of a
@@ -134,17 +126,6 @@ public:
     QTcpSocket* Telnet1() const;
     QTimer* Timer3() const;
     quendrix::Panel* panel() const { return panel_.get(); }
-    // The link to the board, for the control's own subsystems and tests.
-    quendrix::Link* link() const { return link_.get(); }
-    quendrix::Motion* motion() const { return motion_.get(); }
-    quendrix::Lighting* lighting() const { return lighting_.get(); }
-    quendrix::Calibration* calibration() const { return calibration_.get(); }
-    quendrix::Optics* optics() const { return optics_.get(); }
-    quendrix::Stacking* stacking() const { return stacking_.get(); }
-    quendrix::Startup* startup() const { return startup_.get(); }
-    // Numbers read from the settings file, with unusable values reported (settingProblem).
-    quendrix::SettingNumbers& settingNumbers() const { return *settingNumbers_; }
-
     // The surroundings the control asks for dialogs, time and keys; qtPlatform() unless set.
     quendrix::Platform& platform() const { return *platform_; }
     void setPlatform(quendrix::Platform* platform);
@@ -250,7 +231,6 @@ private:
     void Initialize();
     // Adapts the panel to the rig chosen by Controltyp, then shows axis 0 on tab 0.
     void layoutForRigType();
-    void setMicroStepsOffered(int axis, qint16 value);
     // The motion frame shown is the one of the selected axis.
     void showSelectedAxis();
     // Completes the panel for the tab now shown; previousTab is the one shown before. Back on
@@ -263,16 +243,9 @@ private:
     void reportSettingProblem(const QString& message);
 
     std::unique_ptr<quendrix::Panel> panel_;
-    std::unique_ptr<quendrix::SettingNumbers> settingNumbers_;
-    // Every wait of the control (acknowledgements, releases, moves) goes through this.
-    std::unique_ptr<quendrix::Waiter> waiter_;
-    std::unique_ptr<quendrix::Link> link_;
-    std::unique_ptr<quendrix::Motion> motion_;
-    std::unique_ptr<quendrix::Lighting> lighting_;
-    std::unique_ptr<quendrix::Calibration> calibration_;
-    std::unique_ptr<quendrix::Optics> optics_;
-    std::unique_ptr<quendrix::Stacking> stacking_;
-    std::unique_ptr<quendrix::Startup> startup_;
+    // The link, the subsystems and start-up behind the façade.
+    std::unique_ptr<quendrix::ControlParts> parts_;
+    friend class quendrix::ControlParts;
     quendrix::Platform* platform_;
     bool initialised_ = false;
     int shownTab_ = 0;

@@ -3,23 +3,26 @@
 
 #include "control/changerclicks.h"
 #include "control/hostfolder.h"
+#include "control/internals.h"
 #include "control/riglayout.h"
 #include "control/typednumbermarks.h"
 #include "lighting/lighting.h"
 #include "link/link.h"
-#include "link/startup.h"
 #include "motion/motion.h"
 #include "optics/calibration.h"
+#include "optics/opticalsetup.h"
 #include "optics/optics.h"
 #include "settings/guard.h"
 #include "settings/mapping.h"
 #include "settings/numbers.h"
 #include "settings/profile.h"
 #include "settings/quicksort.h"
+#include "settings/rig.h"
 #include "settings/settingnumbers.h"
 #include "settings/textformat.h"
 #include "settings/wait.h"
 #include "stacking/stacking.h"
+#include "startup/startup.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -53,13 +56,6 @@ QString entryText(const QVariant& entry, const QLocale& locale) {
     }
 }
 
-// A caption holds at most 1024 characters; a longer text is cut. The panel lays itself out
-// around its captions, and one of a million characters would make it millions of pixels wide.
-QString asCaption(const QString& text) {
-    constexpr qsizetype kLongestCaption = 1024;
-    return leftWhole(text, kLongestCaption);
-}
-
 // A stored entry as a whole number; an entry that holds no number counts as `fallback`, so a
 // damaged bag never stops a host from loading its form.
 qint32 entryNumber(const QVariant& entry, qint32 fallback) {
@@ -73,31 +69,76 @@ qint32 entryNumber(const QVariant& entry, qint32 fallback) {
     }
 }
 
+// The rig as the control's parts see it: everything they ask goes to the control, so a host's
+// later change of a property or the platform is seen at once.
+class ControlRig final : public Rig {
+public:
+    ControlRig(ctlQuendrix& control, SettingNumbers& numbers)
+        : control_(control), numbers_(numbers) {}
+
+    Platform& platform() const override { return control_.platform(); }
+    QLocale locale() const override { return control_.locale(); }
+    qint16 Controltyp() const override { return control_.Controltyp(); }
+    qint32 MotorArt0() const override { return control_.MotorArt0(); }
+    qint32 MotorArt1() const override { return control_.MotorArt1(); }
+    QString MotorName() const override { return control_.MotorName(); }
+    QString Kennung() const override { return control_.Kennung(); }
+    bool wifi() const override { return control_.wifi; }
+    QString ini(const QString& szGruppe, const QString& szitem, const QString& szDefault) override {
+        return control_.ini(szGruppe, szitem, szDefault);
+    }
+    void setini(const QString& KpAppName, const QString& KeyName,
+                const QString& keydefault) override {
+        control_.setini(KpAppName, KeyName, keydefault);
+    }
+    SettingNumbers& settingNumbers() const override { return numbers_; }
+    void takeFocus() override { control_.setFocus(); }
+
+private:
+    ctlQuendrix& control_;
+    SettingNumbers& numbers_;
+};
+
 }  // namespace
+
+ControlParts::ControlParts(ctlQuendrix& control)
+    : settingNumbers_(std::make_unique<SettingNumbers>(
+          [&control](const QString& section, const QString& key, const QString& byDefault) {
+              return control.ini(section, key, byDefault);
+          },
+          [&control](const QString& section, const QString& key, const QString& value,
+                     const QString& used) {
+              control.reportSettingProblem(
+                  QStringLiteral("settings file %1, section [%2], key \"%3\": "
+                                 "the value \"%4\" cannot be used; \"%5\" "
+                                 "is used instead")
+                      .arg(QDir::toNativeSeparators(control.inifile_), section, key, value.left(80),
+                           used));
+          })),
+      waiter_(std::make_unique<Waiter>(qtPlatform())),
+      rig_(std::make_unique<ControlRig>(control, *settingNumbers_)),
+      link_(std::make_unique<Link>(*rig_, *control.panel_, *waiter_)),
+      motion_(std::make_unique<Motion>(*rig_, *control.panel_, *link_, *waiter_)),
+      lighting_(std::make_unique<Lighting>(*rig_, *control.panel_, *link_)),
+      opticalSetup_(std::make_unique<OpticalSetup>(*rig_, *control.panel_)),
+      calibration_(std::make_unique<Calibration>(*rig_, *control.panel_, *opticalSetup_,
+                                                 control.Matrix, control.App_Path)),
+      optics_(std::make_unique<Optics>(*rig_, *control.panel_, *link_, *motion_, *calibration_,
+                                       *opticalSetup_, control.Objektiv, control.Gesamtauszug)),
+      stacking_(std::make_unique<Stacking>(*rig_, *control.panel_, *link_, *motion_, *opticalSetup_,
+                                           *waiter_)),
+      startup_(std::make_unique<Startup>(
+          *rig_, control, *control.panel_, *link_, *waiter_,
+          RigParts{*motion_, *lighting_, *optics_, *calibration_, *stacking_, *opticalSetup_},
+          control.wifi)) {
+}
+
+ControlParts::~ControlParts() = default;
 
 ctlQuendrix::ctlQuendrix(QWidget* parent)
     : QWidget(parent),
       panel_(std::make_unique<Panel>(this)),
-      settingNumbers_(std::make_unique<SettingNumbers>(
-          [this](const QString& section, const QString& key, const QString& byDefault) {
-              return ini(section, key, byDefault);
-          },
-          [this](const QString& section, const QString& key, const QString& value,
-                 const QString& used) {
-              reportSettingProblem(
-                  QStringLiteral("settings file %1, section [%2], key \"%3\": "
-                                 "the value \"%4\" cannot be used; \"%5\" "
-                                 "is used instead")
-                      .arg(QDir::toNativeSeparators(inifile_), section, key, value.left(80), used));
-          })),
-      waiter_(std::make_unique<Waiter>(qtPlatform())),
-      link_(std::make_unique<Link>(*this, *panel_, *waiter_)),
-      motion_(std::make_unique<Motion>(*this, *panel_, *link_, *waiter_)),
-      lighting_(std::make_unique<Lighting>(*this, *panel_, *link_)),
-      calibration_(std::make_unique<Calibration>(*this, *panel_)),
-      optics_(std::make_unique<Optics>(*this, *panel_, *link_, *motion_, *calibration_)),
-      stacking_(std::make_unique<Stacking>(*this, *panel_, *link_, *motion_, *waiter_)),
-      startup_(std::make_unique<Startup>(*this, *panel_, *link_, *waiter_)),
+      parts_(std::make_unique<ControlParts>(*this)),
       platform_(&qtPlatform()) {
     setObjectName(QStringLiteral("ctlQuendrix1"));
     if (!layout()) {
@@ -110,7 +151,20 @@ ctlQuendrix::ctlQuendrix(QWidget* parent)
     for (QRadioButton* axis : panel_->obMotor)
         connect(axis, &QRadioButton::toggled, this,
                 guardedSlot(*this, [this] { showSelectedAxis(); }));
-    startup_->showOperatingTab = [this] { showOperatingTab(); };
+    parts_->startup_->showOperatingTab = [this] { showOperatingTab(); };
+    // The subsystems' own announcements are the control's events and property reports.
+    connect(parts_->motion_.get(), &Motion::propertyChanged, this, &ctlQuendrix::PropertyChanged);
+    connect(parts_->opticalSetup_.get(), &OpticalSetup::propertyChanged, this,
+            &ctlQuendrix::PropertyChanged);
+    connect(this, &ctlQuendrix::SehfeldNeu, parts_->stacking_.get(),
+            quietSlot([this] { parts_->stacking_->suggestSpacing(); }));
+    connect(parts_->optics_.get(), &Optics::SehfeldNeu, this, &ctlQuendrix::SehfeldNeu);
+    connect(parts_->stacking_.get(), &Stacking::SehfeldNeu, this, &ctlQuendrix::SehfeldNeu);
+    connect(parts_->stacking_.get(), &Stacking::Schicht, this, &ctlQuendrix::Schicht);
+    connect(parts_->stacking_.get(), &Stacking::Kopie, this, &ctlQuendrix::Kopie);
+    connect(parts_->stacking_.get(), &Stacking::Mittelwert, this, &ctlQuendrix::Mittelwert);
+    connect(parts_->stacking_.get(), &Stacking::Kombinieren, this, &ctlQuendrix::Kombinieren);
+    connect(parts_->startup_.get(), &Startup::Bereitschaft, this, &ctlQuendrix::Bereitschaft);
     connect(panel_->SSTab1, &QTabWidget::currentChanged, this, [this](int tab) {
         const int previous = shownTab_;
         shownTab_ = tab;
@@ -170,7 +224,7 @@ void ctlQuendrix::ReadProperties(PropertyBag& PropBag) {
     kennung_ =
         entryText(PropBag.ReadProperty(QStringLiteral("Kennung"), QStringLiteral("qQ")), locale);
 
-    settingNumbers_->forgetReports();
+    parts_->settingNumbers_->forgetReports();
     inifile_ = deriveIniFile(
         App_Path, entryText(PropBag.ReadProperty(QStringLiteral("inifile"), QString()), locale),
         [](const QString& file) {
@@ -226,8 +280,8 @@ void ctlQuendrix::WriteProperties(PropertyBag& PropBag) const {
 
 void ctlQuendrix::Terminate() {
     // Any wait still running ends at once, and none starts any more.
-    link_->terminate();
-    waiter_->cancelAll();
+    parts_->link_->terminate();
+    parts_->waiter_->cancelAll();
     // A connected socket sends what it still holds before it closes; one still looking up or
     // connecting would only be marked for closing, and connect later: that attempt is ended.
     QTcpSocket* socket = panel_->Telnet1;
@@ -268,13 +322,13 @@ void ctlQuendrix::tabChanged(int previousTab) {
         p.obMotor[0]->setChecked(true);
         p.FrameT[0]->setVisible(p.obMotor[0]->isChecked());
         // The limit-switch and direction settings edited on the settings tabs go to the board.
-        if (previousTab >= 1 && link_->bBereit) {
+        if (previousTab >= 1 && parts_->link_->bBereit()) {
             if (controltyp_ == 0 || controltyp_ == 2) {
                 Output(QStringLiteral("t1#"));
-                waiter_->doEvents();
+                parts_->waiter_->doEvents();
             }
             Output(QStringLiteral("T1#"));
-            waiter_->doEvents();
+            parts_->waiter_->doEvents();
         }
     }
     p.cbOptik->setToolTip(tab >= 2 ? Panel::tr("Objektiv auswählen oder neues Objektiv eingeben")
@@ -315,34 +369,21 @@ void ctlQuendrix::setKennung(const QString& value) {
 
 void ctlQuendrix::setinifile(const QString& value) {
     inifile_ = value;
-    settingNumbers_->forgetReports();
+    parts_->settingNumbers_->forgetReports();
     emit PropertyChanged(QStringLiteral("inifile"));
 }
 
 qint16 ctlQuendrix::Mikroschritt0() const {
-    return qint16(value(panel_->cbMikroschritt[0]));
+    return parts_->motion_->Mikroschritt(0);
 }
-
 void ctlQuendrix::setMikroschritt0(qint16 value) {
-    setMicroStepsOffered(0, value);
+    parts_->motion_->setMikroschritt(0, value);
 }
-
 qint16 ctlQuendrix::Mikroschritt1() const {
-    return qint16(value(panel_->cbMikroschritt[1]));
+    return parts_->motion_->Mikroschritt(1);
 }
-
 void ctlQuendrix::setMikroschritt1(qint16 value) {
-    setMicroStepsOffered(1, value);
-}
-
-// The property lives in the axis's check box. A new value goes through the box, whose own
-// handler stores it back here (and so reports it) and opens or closes the divisions.
-void ctlQuendrix::setMicroStepsOffered(int axis, qint16 value) {
-    if (value < 0 || value > 2) throw RuntimeError(RuntimeError::InvalidPropertyValue);
-    QCheckBox* box = panel_->cbMikroschritt[axis];
-    if (quendrix::value(box) != value) return setValue(box, value);
-    emit PropertyChanged(axis == 0 ? QStringLiteral("Mikroschritt0")
-                                   : QStringLiteral("Mikroschritt1"));
+    parts_->motion_->setMikroschritt(1, value);
 }
 
 QString ctlQuendrix::Caption() const {
@@ -355,51 +396,34 @@ void ctlQuendrix::setCaption(const QString& value) {
 }
 
 QString ctlQuendrix::Sehfeld() const {
-    return panel_->lblSehfeld->toolTip();
+    return parts_->opticalSetup_->Sehfeld();
 }
-
 void ctlQuendrix::setSehfeld(const QString& value) {
-    // The label is not written here: it follows the optics, and the slider follows the value.
-    if (controltyp_ == 0) panel_->Slider1->setValue(toLong(textToDouble(value, locale()) * 1000));
-    emit PropertyChanged(QStringLiteral("Sehfeld"));
+    parts_->opticalSetup_->setSehfeld(value);
 }
-
 QString ctlQuendrix::Kameratyp() const {
-    return panel_->Frame9->title();
+    return parts_->opticalSetup_->Kameratyp();
 }
-
 void ctlQuendrix::setKameratyp(const QString& value) {
-    panel_->Frame9->setTitle(asCaption(value));
-    emit PropertyChanged(QStringLiteral("Kameratyp"));
+    parts_->opticalSetup_->setKameratyp(value);
 }
-
 float ctlQuendrix::Brennweite() const {
-    return textToSingle(panel_->txBrennweite->text(), locale());
+    return parts_->opticalSetup_->Brennweite();
 }
-
 void ctlQuendrix::setBrennweite(float value) {
-    panel_->txBrennweite->setText(singleToText(value, locale()));
-    emit PropertyChanged(QStringLiteral("Brennweite"));
+    parts_->opticalSetup_->setBrennweite(value);
 }
-
 float ctlQuendrix::Sensorbreite() const {
-    return textToSingle(panel_->Sensor_breite->text(), locale());
+    return parts_->opticalSetup_->Sensorbreite();
 }
-
 void ctlQuendrix::setSensorbreite(float value) {
-    // While the operator is typing a decimal comma, the half-typed number stays as it is.
-    if (!panel_->Sensor_breite->text().endsWith(QLatin1Char(',')))
-        panel_->Sensor_breite->setText(singleToText(value, locale()));
-    emit PropertyChanged(QStringLiteral("Sensorbreite"));
+    parts_->opticalSetup_->setSensorbreite(value);
 }
-
 double ctlQuendrix::AzOffset() const {
-    return textToDouble(panel_->txOffset->text(), locale());
+    return parts_->opticalSetup_->AzOffset();
 }
-
 void ctlQuendrix::setAzOffset(double value) {
-    panel_->txOffset->setText(doubleToText(value, locale()));
-    emit PropertyChanged(QStringLiteral("AzOffset"));
+    parts_->opticalSetup_->setAzOffset(value);
 }
 
 // ---- Accessors -----------------------------------------------------------------------------
@@ -416,100 +440,100 @@ QTimer* ctlQuendrix::Timer3() const {
 
 void ctlQuendrix::setPlatform(Platform* platform) {
     platform_ = platform ? platform : &qtPlatform();
-    waiter_->setPlatform(*platform_);
+    parts_->waiter_->setPlatform(*platform_);
 }
 
 // ---- Start-up and shutdown -----------------------------------------------------------------
 
 void ctlQuendrix::Comm_Starten() {
-    startup_->Comm_Starten();
+    parts_->startup_->Comm_Starten();
 }
 void ctlQuendrix::WiFi_Starten() {
-    startup_->WiFi_Starten();
+    parts_->startup_->WiFi_Starten();
 }
 void ctlQuendrix::Motor_Starten() {
-    startup_->Motor_Starten();
+    parts_->startup_->Motor_Starten();
 }
 void ctlQuendrix::Motor_Abschalten() {
-    startup_->Motor_Abschalten();
+    parts_->startup_->Motor_Abschalten();
 }
 
 // ---- Command channel ----------------------------------------------------------------------
 
 void ctlQuendrix::Output(const QString& Befehl) {
-    link_->Output(Befehl);
+    parts_->link_->Output(Befehl);
 }
 
 void ctlQuendrix::Auswerten(const QString& ComInNeu, bool wifi) {
-    link_->Auswerten(ComInNeu, wifi);
+    parts_->link_->Auswerten(ComInNeu, wifi);
 }
 
 void ctlQuendrix::SetOK(bool Wert) {
-    link_->SetOK(Wert);
+    parts_->link_->SetOK(Wert);
 }
 
 // ---- Axis motion and lighting --------------------------------------------------------------
 
 void ctlQuendrix::pAnheben() {
-    motion_->pAnheben();
+    parts_->motion_->pAnheben();
 }
 void ctlQuendrix::pAbsenken() {
-    motion_->pAbsenken();
+    parts_->motion_->pAbsenken();
 }
 
 void ctlQuendrix::Beleuchtung(qint16 EinAus) {
-    lighting_->Beleuchtung(EinAus);
+    parts_->lighting_->Beleuchtung(EinAus);
 }
 void ctlQuendrix::Ring(qint16 Modus) {
-    lighting_->Ring(Modus);
+    parts_->lighting_->Ring(Modus);
 }
 void ctlQuendrix::Segment(qint16 Nummer) {
-    lighting_->Segment(Nummer);
+    parts_->lighting_->Segment(Nummer);
 }
 void ctlQuendrix::Farbe(qint16 Index) {
-    lighting_->Farbe(Index);
+    parts_->lighting_->Farbe(Index);
 }
 
 // ---- Optics ---------------------------------------------------------------------------------
 
 void ctlQuendrix::Optik_laden() {
-    optics_->Optik_laden();
+    parts_->optics_->Optik_laden();
 }
 void ctlQuendrix::Optik_waehlen(const QString& Focus) {
-    optics_->Optik_waehlen(Focus);
+    parts_->optics_->Optik_waehlen(Focus);
 }
 void ctlQuendrix::lbObjektiv_Change(qint16 Index) {
-    optics_->lbObjektiv_Change(Index);
+    parts_->optics_->lbObjektiv_Change(Index);
 }
 void ctlQuendrix::BildGroesse() {
-    optics_->BildGroesse();
+    parts_->optics_->BildGroesse();
 }
 void ctlQuendrix::Balgen_einstellen() {
-    optics_->Balgen_einstellen();
+    parts_->optics_->Balgen_einstellen();
 }
 
 // ---- Stacks and averaging series ------------------------------------------------------------
 
 void ctlQuendrix::Mittelw_Click() {
-    stacking_->Mittelw_Click();
+    parts_->stacking_->Mittelw_Click();
 }
 void ctlQuendrix::Schicht_Click() {
-    stacking_->Schicht_Click();
+    parts_->stacking_->Schicht_Click();
 }
 void ctlQuendrix::Mittelwertbild() {
-    stacking_->Mittelw_Click();
+    parts_->stacking_->Mittelw_Click();
 }
 void ctlQuendrix::Schichtbild() {
-    stacking_->Schicht_Click();
+    parts_->stacking_->Schicht_Click();
 }
 void ctlQuendrix::Zuruecksetzen() {
-    stacking_->Zuruecksetzen();
+    parts_->stacking_->Zuruecksetzen();
 }
 void ctlQuendrix::Reset(qint16 Achse) {
-    stacking_->Reset(Achse);
+    parts_->stacking_->Reset(Achse);
 }
 void ctlQuendrix::Kamera_aktiv(qint16 Aktiv) {
-    stacking_->Kamera_aktiv(Aktiv != 0);
+    parts_->stacking_->Kamera_aktiv(Aktiv != 0);
 }
 
 // ---- Settings store and utilities ----------------------------------------------------------

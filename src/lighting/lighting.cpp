@@ -7,7 +7,7 @@
 
 #include <quendrix/Panel.h>
 #include <quendrix/RuntimeError.h>
-#include <quendrix/ctlQuendrix.h>
+#include "settings/rig.h"
 
 #include "link/link.h"
 #include "settings/guard.h"
@@ -61,21 +61,20 @@ const std::array<ColourChannel, 4> kColourChannels = {{
 
 }  // namespace
 
-Lighting::Lighting(ctlQuendrix& control, Panel& panel, Link& link)
-    : control_(control), panel_(panel), link_(link) {
+Lighting::Lighting(Rig& rig, Panel& panel, Link& link) : rig_(rig), panel_(panel), link_(link) {
     // Only the operator's clicks switch: boxes set while the panel starts send nothing.
     for (QCheckBox* box : panel_.Licht)
-        connect(box, &QCheckBox::clicked, this, guardedSlot(control_, [this] { Beleuchtung(1); }));
+        connect(box, &QCheckBox::clicked, this, guardedSlot(rig_, [this] { Beleuchtung(1); }));
     // A drag sends one brightness when it is let go, not one per pixel.
     for (int channel = 0; channel < int(panel_.HScroll1.size()); ++channel) {
         panel_.HScroll1[channel]->setTracking(false);
         connect(panel_.HScroll1[channel], &QScrollBar::valueChanged, this, [this, channel] {
-            runGuarded(control_.platform(), [this, channel] { brightnessChanged(channel); });
+            runGuarded(rig_.platform(), [this, channel] { brightnessChanged(channel); });
         });
     }
     for (int index = 0; index < int(panel_.Seg.size()); ++index)
         connect(panel_.Seg[index], &QPushButton::clicked, this, [this, index] {
-            runGuarded(control_.platform(), [this, index] { segmentClicked(index); });
+            runGuarded(rig_.platform(), [this, index] { segmentClicked(index); });
         });
 }
 
@@ -83,7 +82,7 @@ void Lighting::Beleuchtung(qint16 EinAus) {
     if (EinAus != 0) {
         if (DLicht < 1) {
             link_.Output(QStringLiteral("l%1#").arg(value(panel_.Licht[0])));
-            if (control_.Controltyp() == 1) return;  // the lens changer has one channel
+            if (rig_.Controltyp() == 1) return;  // the lens changer has one channel
             link_.Output(QStringLiteral("L%1#").arg(value(panel_.Licht[1])));
         } else {
             // The module's box sits behind the controller's two.
@@ -97,7 +96,7 @@ void Lighting::Beleuchtung(qint16 EinAus) {
     if (DLicht < 1) {
         // Both channels, whichever rig: a channel the rig lacks is simply acknowledged.
         link_.Output(QStringLiteral("l0#"));
-        control_.platform().idle(0);
+        rig_.platform().idle(0);
         link_.Output(QStringLiteral("L0#"));
     } else {
         link_.Output(QStringLiteral("l0!"));
@@ -117,9 +116,9 @@ void Lighting::Farbe(qint16 index) {
     if (index < 0 || index >= qint16(kColourChannels.size())) return;
     const ColourChannel& channel = kColourChannels[index];
     const QString answer =
-        control_.platform().inputBox(tr(channel.prompt), tr("Farbe einstellen"), QString());
+        rig_.platform().inputBox(tr(channel.prompt), tr("Farbe einstellen"), QString());
     // A cancelled box answers "", which is no number either.
-    const qint16 intensity = textToInteger(answer, control_.locale());
+    const qint16 intensity = textToInteger(answer, rig_.locale());
     link_.Output(channel.letter + QString::number(intensity) + QLatin1Char('!'));
 }
 
@@ -134,8 +133,8 @@ void Lighting::brightnessChanged(int channel) {
     link_.Output(letter + QString::number(brightness) + QLatin1Char('#'));
     // The switching state goes out again after every brightness.
     Beleuchtung(1);
-    control_.setini(control_.MotorName(), QStringLiteral("Helligkeit%1").arg(channel),
-                    QString::number(brightness));
+    rig_.setini(rig_.MotorName(), QStringLiteral("Helligkeit%1").arg(channel),
+                QString::number(brightness));
 }
 
 void Lighting::segmentClicked(int index) {

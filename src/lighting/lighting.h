@@ -3,12 +3,11 @@
 #include <QObject>
 #include <QtGlobal>
 
-class ctlQuendrix;
-
 namespace quendrix {
 
 class Link;
 class Panel;
+class Rig;
 
 // The rig's lights: two channels on the motion controller, or a separate light module with a
 // ring light of segments and colour channels. Every action ends in one or two commands.
@@ -16,7 +15,7 @@ class Lighting : public QObject {
     Q_OBJECT
 
 public:
-    Lighting(ctlQuendrix& control, Panel& panel, Link& link);
+    Lighting(Rig& rig, Panel& panel, Link& link);
 
     // The light module fitted (from the settings at start-up): 0 or less, the lights hang on
     // the motion controller and their commands end in "#"; 1 or more, a light module whose
@@ -37,7 +36,7 @@ private:
     void brightnessChanged(int channel);
     void segmentClicked(int index);
 
-    ctlQuendrix& control_;
+    Rig& rig_;
     Panel& panel_;
     Link& link_;
 };

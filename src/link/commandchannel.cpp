@@ -6,7 +6,7 @@
 #include "settings/wait.h"
 
 #include <quendrix/Panel.h>
-#include <quendrix/ctlQuendrix.h>
+#include "settings/rig.h"
 
 #include <QLineEdit>
 #include <QSerialPort>
@@ -34,18 +34,26 @@ QString withoutLineEnd(const QString& line) {
 
 }  // namespace
 
-Link::Link(ctlQuendrix& control, Panel& panel, Waiter& waiter)
-    : control_(control), panel_(panel), waiter_(waiter) {
+Link::Link(Rig& rig, Panel& panel, Waiter& waiter) : rig_(rig), panel_(panel), waiter_(waiter) {
     connect(panel_.MSComm1, &QSerialPort::readyRead, this, &Link::serialReceived);
     connect(panel_.Telnet1, &QTcpSocket::readyRead, this, &Link::socketReceived);
 }
 
-void Link::Output(const QString& Befehl) {
-    waiter_.waitFor([this] { return bQuittiert; }, kAcknowledgeSeconds);
-    bQuittiert = false;
-    sErwartet = acknowledgeMarker(Befehl, backlash[0], backlash[1]);
+void Link::forgetReceived() {
+    sEmpfang_.clear();
+    sRest_.clear();
+    sKennText_ = {};
+    AchsPosition_ = {0, 0};
+    encoder_ = {0, 0};
+    bQuittiert_ = false;
+}
 
-    if (control_.wifi) {
+void Link::Output(const QString& Befehl) {
+    waiter_.waitFor([this] { return bQuittiert_; }, kAcknowledgeSeconds);
+    bQuittiert_ = false;
+    sErwartet_ = acknowledgeMarker(Befehl, backlash_[0], backlash_[1]);
+
+    if (rig_.wifi()) {
         if (panel_.Telnet1->state() != QAbstractSocket::ConnectedState) {
             failed(QStringLiteral("Keine WiFi Verbindung"));
         } else {
@@ -61,11 +69,11 @@ void Link::Output(const QString& Befehl) {
     }
 
     // Replies that arrived during the send and still wait in the remainder are evaluated now.
-    while (sRest.contains(kLineEnd)) {
+    while (sRest_.contains(kLineEnd)) {
         Auswerten(QString(), false);
         waiter_.doEvents();
     }
-    waiter_.waitFor([this] { return bQuittiert; }, kAcknowledgeSeconds);
+    waiter_.waitFor([this] { return bQuittiert_; }, kAcknowledgeSeconds);
 }
 
 // A command that could not be sent is reported as if the board had said so. The text has no
@@ -73,7 +81,7 @@ void Link::Output(const QString& Befehl) {
 // dead serial link costs each command its own waits and no more. An earlier failure text
 // still waiting there gives way to the new one instead of piling up.
 void Link::failed(const QString& text) {
-    if (sRest == u"Keine Verbindung" || sRest == u"Keine WiFi Verbindung") sRest.clear();
+    if (sRest_ == u"Keine Verbindung" || sRest_ == u"Keine WiFi Verbindung") sRest_.clear();
     panel_.Text1[1]->setText(text);
     Auswerten(text, false);
 }
@@ -85,7 +93,7 @@ void Link::serialReceived() {
     QSerialPort& port = *panel_.MSComm1;
     while (port.bytesAvailable() > 0) {
         const QByteArray bytes = port.readAll();
-        if (!control_.wifi) received(bytes, false);  // else the serial port is not the link now
+        if (!rig_.wifi()) received(bytes, false);  // else the serial port is not the link now
     }
 }
 
@@ -101,7 +109,7 @@ void Link::received(const QByteArray& bytes, bool viaSocket) {
     runQuietly([&] {
         const QString data = fromCp1252(bytes);
         if (viaSocket && data == kLineEnd) return;
-        sEmpfang += data;
+        sEmpfang_ += data;
         if (viaSocket)
             takeSocketLines();
         else
@@ -113,14 +121,14 @@ void Link::received(const QByteArray& bytes, bool viaSocket) {
 // axis status lines, which carry them, are only evaluated.
 void Link::takeSerialLines() {
     qsizetype end;
-    while ((end = sEmpfang.indexOf(kLineEnd)) >= 0) {
+    while ((end = sEmpfang_.indexOf(kLineEnd)) >= 0) {
         const qsizetype length = end + kLineEnd.size();
-        const QString line = frontLine(sEmpfang, length);
-        sEmpfang.remove(0, length);
+        const QString line = frontLine(sEmpfang_, length);
+        sEmpfang_.remove(0, length);
         if (!line.contains(u'q') && !line.contains(u'Q')) {
-            sLetzteZeile = withoutLineEnd(line);
+            sLetzteZeile_ = withoutLineEnd(line);
             Auswerten(line, false);
-            bQuittiert = true;
+            bQuittiert_ = true;
         } else {
             Auswerten(line, false);
         }
@@ -133,17 +141,17 @@ void Link::takeSerialLines() {
 void Link::takeSocketLines() {
     static const QString kStatusLineStarts = QStringLiteral("qQ&@");
     qsizetype end;
-    while ((end = sEmpfang.indexOf(kLineEnd)) >= 0) {
+    while ((end = sEmpfang_.indexOf(kLineEnd)) >= 0) {
         const qsizetype length = end + kLineEnd.size();
-        const QString line = frontLine(sEmpfang, length);
-        sEmpfang.remove(0, length);
+        const QString line = frontLine(sEmpfang_, length);
+        sEmpfang_.remove(0, length);
         if (kStatusLineStarts.contains(line.at(0))) {
-            sLetzteZeile = withoutLineEnd(line);
+            sLetzteZeile_ = withoutLineEnd(line);
             Auswerten(line, true);
         } else if (line.compare(QStringLiteral(" ")) > 0) {
-            sLetzteZeile = withoutLineEnd(line);
+            sLetzteZeile_ = withoutLineEnd(line);
             Auswerten(line, true);
-            bQuittiert = true;
+            bQuittiert_ = true;
         }
         waiter_.doEvents();
     }
@@ -151,10 +159,10 @@ void Link::takeSocketLines() {
 
 void Link::waitForRelease(const QString& caller) {
     const auto result =
-        waiter_.waitFor([this] { return bFreigabe; }, kReleaseSeconds, Waiter::Escape::Ends);
+        waiter_.waitFor([this] { return bFreigabe_; }, kReleaseSeconds, Waiter::Escape::Ends);
     if (result == Waiter::Result::TimedOut)
-        control_.platform().messageBox(tr("Quendrix wartet auf Freigabe: ") + caller,
-                                       MsgBox::OKOnly, QString());
+        rig_.platform().messageBox(tr("Quendrix wartet auf Freigabe: ") + caller, MsgBox::OKOnly,
+                                   QString());
 }
 
 }  // namespace quendrix

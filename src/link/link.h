@@ -5,11 +5,10 @@
 #include <array>
 #include <optional>
 
-class ctlQuendrix;
-
 namespace quendrix {
 
 class Panel;
+class Rig;
 class Waiter;
 
 // The link to the board: every command goes out through Output, which waits for the previous
@@ -21,7 +20,7 @@ class Link : public QObject {
     Q_OBJECT
 
 public:
-    Link(ctlQuendrix& control, Panel& panel, Waiter& waiter);
+    Link(Rig& rig, Panel& panel, Waiter& waiter);
 
     // Sends one command and returns once the board acknowledged it or after about 2 s.
     void Output(const QString& Befehl);
@@ -31,12 +30,12 @@ public:
     // Bytes that arrived on the serial port or (viaSocket) the socket: they are cut into lines,
     // each handed to Auswerten as the transport's receive handler does it.
     void received(const QByteArray& bytes, bool viaSocket);
-    void SetOK(bool Wert) { bFreigabe = Wert; }
+    void SetOK(bool Wert) { bFreigabe_ = Wert; }
     // Waits until the host releases (SetOK(true)), Escape is held, or 31 s have passed; after
     // the 31 s it tells the operator who is waiting.
     void waitForRelease(const QString& caller);
     // Ends every wait on the board at once (the control is going away).
-    void terminate() { bQuittiert = true; }
+    void terminate() { bQuittiert_ = true; }
 
     // How many finished-move reports ("|F") the axis has sent so far.
     quint64 finishedMoves(int axis) const { return finishedMoves_[axis]; }
@@ -45,21 +44,39 @@ public:
     // noisy cable, where a stray status line can replace the "|F" in the status text before
     // the wait looks at it.
     bool moveEnded(int axis, quint64 before) const {
-        return sKennText[axis].contains(u"|F") || finishedMoves_[axis] != before;
+        return sKennText_[axis].contains(u"|F") || finishedMoves_[axis] != before;
     }
 
-    // Link state the control's subsystems share.
-    bool bQuittiert = false;                  // the board answered the last command
-    QString sErwartet;                        // what the reply to the last command must contain
-    QString sEmpfang;                         // received text not yet cut into lines
-    QString sLetzteZeile;                     // the last complete line a receive handler took
-    QString sRest;                            // text handed to Auswerten and not yet evaluated
-    bool bFreigabe = false;                   // the host's release
-    std::array<QString, 3> sKennText;         // last status line per axis; 1 also identification
-    std::array<qint32, 2> backlash = {0, 0};  // the axes' backlash settings (from tSpiel)
-    std::array<qint32, 2> AchsPosition = {0, 0};  // steps, as last reported
-    std::array<qint32, 2> encoder = {0, 0};
-    bool bBereit = false;  // the ready flag: device start-up completed
+    // The handshake: whether the board answered the last command. Start-up clears it before a
+    // query whose answer it waits for.
+    bool bQuittiert() const { return bQuittiert_; }
+    void setQuittiert(bool value) { bQuittiert_ = value; }
+    // What the reply to the last command must contain.
+    const QString& sErwartet() const { return sErwartet_; }
+    void setErwartet(const QString& text) { sErwartet_ = text; }
+    // Received text not yet cut into lines, and the last complete line a receive handler took.
+    const QString& sEmpfang() const { return sEmpfang_; }
+    const QString& sLetzteZeile() const { return sLetzteZeile_; }
+    // Text handed to Auswerten and not yet evaluated.
+    const QString& sRest() const { return sRest_; }
+    void setRest(const QString& text) { sRest_ = text; }
+    // The last status line per axis; 1 also holds the identification.
+    const std::array<QString, 3>& sKennText() const { return sKennText_; }
+    void setKennText(int index, const QString& text) { sKennText_[index] = text; }
+    // The axes' backlash settings (from tSpiel), which choose the reply a move ends with.
+    const std::array<qint32, 2>& backlash() const { return backlash_; }
+    void setBacklash(int axis, qint32 steps) { backlash_[axis] = steps; }
+    // Steps of each axis as last reported (start-up sets the stored position).
+    const std::array<qint32, 2>& AchsPosition() const { return AchsPosition_; }
+    void setAchsPosition(int axis, qint32 steps) { AchsPosition_[axis] = steps; }
+    const std::array<qint32, 2>& encoder() const { return encoder_; }
+    void setEncoder(int axis, qint32 value) { encoder_[axis] = value; }
+    // The ready flag: device start-up completed; shutdown clears it.
+    bool bBereit() const { return bBereit_; }
+    void setBereit(bool ready) { bBereit_ = ready; }
+    // Forgets everything received: text, status lines, positions, encoder values and the
+    // acknowledgement, as on a link just opened.
+    void forgetReceived();
 
 signals:
     // An axis reported a new position; the optical model follows the bellows and distance.
@@ -87,7 +104,18 @@ private:
     void showEncoder(int axis, std::optional<double> value);
     void showChangerPosition(std::optional<double> position);
 
-    ctlQuendrix& control_;
+    Rig& rig_;
+    bool bQuittiert_ = false;
+    QString sErwartet_;
+    QString sEmpfang_;
+    QString sLetzteZeile_;
+    QString sRest_;
+    bool bFreigabe_ = false;  // the host's release
+    std::array<QString, 3> sKennText_;
+    std::array<qint32, 2> backlash_ = {0, 0};
+    std::array<qint32, 2> AchsPosition_ = {0, 0};
+    std::array<qint32, 2> encoder_ = {0, 0};
+    bool bBereit_ = false;
     Panel& panel_;
     Waiter& waiter_;
     std::array<quint64, 2> finishedMoves_ = {0, 0};

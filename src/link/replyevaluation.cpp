@@ -1,14 +1,14 @@
 // Auswerten: the one place where text from the board becomes state and display.
+#include "core/units.h"
 #include "link/link.h"
 #include "link/replyline.h"
-#include "motion/units.h"
 #include "settings/guard.h"
 #include "settings/numbers.h"
 #include "settings/textformat.h"
 #include "settings/wait.h"
 
 #include <quendrix/Panel.h>
-#include <quendrix/ctlQuendrix.h>
+#include "settings/rig.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -30,15 +30,15 @@ bool isIdentificationOrError(const QString& line) {
 }  // namespace
 
 void Link::Auswerten(const QString& ComInNeu, bool wifi) {
-    sRest += ComInNeu;
-    if (!sRest.contains(kLineEnd)) {
-        if (sRest == u"Keine Verbindung") bQuittiert = true;
+    sRest_ += ComInNeu;
+    if (!sRest_.contains(kLineEnd)) {
+        if (sRest_ == u"Keine Verbindung") bQuittiert_ = true;
         return;
     }
     qsizetype end;
-    while ((end = sRest.indexOf(kLineEnd)) >= 0) {
-        const QString line = sRest.left(end);
-        sRest.remove(0, end + kLineEnd.size());
+    while ((end = sRest_.indexOf(kLineEnd)) >= 0) {
+        const QString line = sRest_.left(end);
+        sRest_.remove(0, end + kLineEnd.size());
 
         const QString logLine = (wifi ? QStringLiteral("=> ") : QStringLiteral("_> ")) + line;
         if (line.contains(u"|!")) waiter_.doEvents();
@@ -46,17 +46,17 @@ void Link::Auswerten(const QString& ComInNeu, bool wifi) {
         if (isIdentificationOrError(line)) panel_.Text1[0]->setText(logLine);
 
         // An acknowledgement ends this arrival's evaluation; the rest waits in sRest.
-        if (isAcknowledgementLine(line, control_.Kennung())) {
-            bQuittiert = true;
+        if (isAcknowledgementLine(line, rig_.Kennung())) {
+            bQuittiert_ = true;
             return;
         }
         const QChar first = line.isEmpty() ? QChar() : line.at(0);
         if (first == u'q' || first == u'Q' || first == u'@') {
             evaluateStatusLine(line, first);
-            if (line.contains(sErwartet)) bQuittiert = true;
+            if (line.contains(sErwartet_)) bQuittiert_ = true;
         } else if (isIdentificationOrError(line)) {
-            sKennText[1] = line;
-            bQuittiert = true;
+            sKennText_[1] = line;
+            bQuittiert_ = true;
         }
     }
 }
@@ -76,7 +76,7 @@ void Link::evaluateStatusLine(const QString& line, QChar first) {
 // "q"/"Q" lines: the status of axis 0/1. A number in a field that is beyond any range leaves
 // that field as it was.
 void Link::evaluateAxisLine(const QString& line, int axis) {
-    sKennText[axis] = line;
+    sKennText_[axis] = line;
     const bool finished = line.contains(u"|F") && line.size() >= 4;
     if (!finished && !line.contains(u'?') && line.contains(u"|B")) {
         setPosition(axis, numberAfter(line, QStringLiteral("#")));
@@ -109,7 +109,7 @@ void Link::evaluateAxisLine(const QString& line, int axis) {
 
 // "@" lines: the lens changer, and axis 0 on a lens-changer rig.
 void Link::evaluateChangerLine(const QString& line) {
-    sKennText[0] = line;
+    sKennText_[0] = line;
     if (!line.contains(u"|?") && !line.contains(u"|F") && line.contains(u"|Q")) {
         showChangerPosition(numberAfter(line, QStringLiteral("|Q")));
     } else if (line.contains(u'#')) {
@@ -130,7 +130,7 @@ void Link::evaluateChangerLine(const QString& line) {
 void Link::setPosition(int axis, std::optional<double> steps) {
     if (!steps) return;
     try {
-        AchsPosition[axis] = toLong(*steps);
+        AchsPosition_[axis] = toLong(*steps);
     } catch (const RuntimeError&) {
         return;
     }
@@ -138,8 +138,8 @@ void Link::setPosition(int axis, std::optional<double> steps) {
 }
 
 void Link::showPosition(int axis) {
-    const qint32 steps = AchsPosition[axis];
-    const QLocale locale = control_.locale();
+    const qint32 steps = AchsPosition_[axis];
+    const QLocale locale = rig_.locale();
     panel_.lblPosition1[axis]->setText(QString::number(steps));
     std::optional<float> mm;
     try {
@@ -162,11 +162,11 @@ void Link::showPosition(int axis) {
 void Link::showEncoder(int axis, std::optional<double> value) {
     if (!value) return;
     try {
-        encoder[axis] = toLong(*value);
+        encoder_[axis] = toLong(*value);
     } catch (const RuntimeError&) {
         return;
     }
-    panel_.lblEncoder[axis]->setText(QString::number(encoder[axis]));
+    panel_.lblEncoder[axis]->setText(QString::number(encoder_[axis]));
 }
 
 // The changer's positions 0 to 4 are the labels lbObjektiv(0..4); lblOptik shows the lens

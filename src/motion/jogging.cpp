@@ -1,13 +1,13 @@
 // Jogging: the jog buttons of both axes, the run, direction and speed boxes (Check0), and
 // the direction switch that keeps the panel and the board in step.
+#include "core/speed.h"
 #include "link/link.h"
 #include "motion/motion.h"
-#include "motion/speed.h"
 #include "settings/textformat.h"
 #include "settings/wait.h"
 
 #include <quendrix/Panel.h>
-#include <quendrix/ctlQuendrix.h>
+#include "settings/rig.h"
 
 #include <QCheckBox>
 #include <QGroupBox>
@@ -23,18 +23,18 @@ void Motion::jogPressed(bool /*up*/, int index) {
     static constexpr int kModeOfIndex[] = {1, 0, 2};
     if (index == 3) return;
     if (index < 3) setSpeedMode(0, kModeOfIndex[index]);
-    control_.Output(QStringLiteral("r#"));
+    link_.Output(QStringLiteral("r#"));
 }
 
 void Motion::jogReleased() {
-    control_.Output(QStringLiteral("s#"));
+    link_.Output(QStringLiteral("s#"));
 }
 
 // The click follows the release, so the board has seen "s#" before the 16-step nudge.
 void Motion::jogClicked(int index) {
     if (index != 3) return;
     setSpeedMode(0, 2);
-    control_.Output(QStringLiteral("t16#"));
+    link_.Output(QStringLiteral("t16#"));
 }
 
 void Motion::jogHovered(bool up) {
@@ -45,15 +45,14 @@ void Motion::jogHovered(bool up) {
 // Axis 1 (the bellows): the press keeps the extension it starts from, turns the direction
 // and runs; only the left button's release stops it.
 void Motion::bellowsPressed(bool open, int index) {
-    if (index == 0)
-        setTag(panel_.lbAuszug, singleToText(Schritte_in_mm(1, -1).mm, control_.locale()));
+    if (index == 0) setTag(panel_.lbAuszug, singleToText(Schritte_in_mm(1, -1).mm, rig_.locale()));
     Richtung_setzen(open ? 1 : 0, 1);
     waiter_.doEvents();
-    control_.Output(QStringLiteral("R#"));
+    link_.Output(QStringLiteral("R#"));
 }
 
 void Motion::bellowsReleased(int button) {
-    if (button == 1) control_.Output(QStringLiteral("S#"));
+    if (button == 1) link_.Output(QStringLiteral("S#"));
 }
 
 void Motion::bellowsHovered(bool open) {
@@ -112,16 +111,16 @@ void Motion::Check0_Click(int index) {
     const bool on = value(panel_.Check0[index]) == 1;
     switch (index) {
         case 0:
-            control_.Output(on ? QStringLiteral("r#") : QStringLiteral("s#"));
+            link_.Output(on ? QStringLiteral("r#") : QStringLiteral("s#"));
             break;
         case 1:
-            control_.Output(on ? QStringLiteral("R#") : QStringLiteral("S#"));
+            link_.Output(on ? QStringLiteral("R#") : QStringLiteral("S#"));
             break;
         case 4:
-            control_.Output(on ? QStringLiteral("v#") : QStringLiteral("z#"));
+            link_.Output(on ? QStringLiteral("v#") : QStringLiteral("z#"));
             break;
         case 5:
-            control_.Output(on ? QStringLiteral("V#") : QStringLiteral("Z#"));
+            link_.Output(on ? QStringLiteral("V#") : QStringLiteral("Z#"));
             break;
         case 6:
         case 7:
@@ -136,8 +135,8 @@ void Motion::Check0_Click(int index) {
 void Motion::sendSpeed(int axis) {
     const auto pause =
         pauseForSpeedMode(axis, value(panel_.Check0[6 + axis]), panel_.Taktpause[axis]->text(),
-                          control_.Controltyp(), control_.MotorArt0());
-    if (pause) control_.Output(axisLetter('w', axis) + *pause + QLatin1Char('#'));
+                          rig_.Controltyp(), rig_.MotorArt0());
+    if (pause) link_.Output(axisLetter('w', axis) + *pause + QLatin1Char('#'));
 }
 
 void Motion::showGlyphs(int axis) {

@@ -5,7 +5,7 @@
 #include "settings/mousebuttons.h"
 
 #include <quendrix/Panel.h>
-#include <quendrix/ctlQuendrix.h>
+#include "settings/rig.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -26,8 +26,8 @@ int indexIn(const std::array<QPushButton*, N>& buttons, const QObject* watched) 
 
 }  // namespace
 
-Motion::Motion(ctlQuendrix& control, Panel& panel, Link& link, Waiter& waiter)
-    : control_(control), panel_(panel), link_(link), waiter_(waiter) {
+Motion::Motion(Rig& rig, Panel& panel, Link& link, Waiter& waiter)
+    : rig_(rig), panel_(panel), link_(link), waiter_(waiter) {
     connectPanel();
 }
 
@@ -35,12 +35,12 @@ void Motion::connectPanel() {
     Panel& p = panel_;
     for (int i = 0; i < int(p.Check0.size()); ++i)
         connect(p.Check0[i], &QCheckBox::stateChanged, this,
-                guardedSlot(control_, [this, i] { Check0_Click(i); }));
+                guardedSlot(rig_, [this, i] { Check0_Click(i); }));
     for (int i = 0; i < 5; ++i) {
         connect(p.Auf[i], &QPushButton::clicked, this,
-                guardedSlot(control_, [this, i] { jogClicked(i); }));
+                guardedSlot(rig_, [this, i] { jogClicked(i); }));
         connect(p.Ab[i], &QPushButton::clicked, this,
-                guardedSlot(control_, [this, i] { jogClicked(i); }));
+                guardedSlot(rig_, [this, i] { jogClicked(i); }));
     }
     // Jog buttons watch press, release and hovering (mouse moves without a button held).
     std::vector<QPushButton*> jog(p.Auf.begin(), p.Auf.end());
@@ -54,30 +54,30 @@ void Motion::connectPanel() {
     p.Label9->installEventFilter(this);
 
     connect(p.cmdHeben, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { cmdHeben_Click(); }));
+            guardedSlot(rig_, [this] { cmdHeben_Click(); }));
     connect(p.cmdSenken, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { cmdSenken_Click(); }));
+            guardedSlot(rig_, [this] { cmdSenken_Click(); }));
     // Enter in the raise box keeps the amount for the next start.
-    connect(p.Anheben, &QLineEdit::returnPressed, this, guardedSlot(control_, [this] {
-                control_.setini(control_.MotorName() + QLatin1Char('0'), QStringLiteral("anheben"),
-                                panel_.Anheben->text());
+    connect(p.Anheben, &QLineEdit::returnPressed, this, guardedSlot(rig_, [this] {
+                rig_.setini(rig_.MotorName() + QLatin1Char('0'), QStringLiteral("anheben"),
+                            panel_.Anheben->text());
             }));
 
     for (int axis = 0; axis < 2; ++axis) {
         connect(p.cbEndschalter[axis], &QCheckBox::stateChanged, this,
-                guardedSlot(control_, [this, axis] { cbEndschalter_Click(axis); }));
+                guardedSlot(rig_, [this, axis] { cbEndschalter_Click(axis); }));
         connect(p.cbDrehrichtungArduino[axis], &QCheckBox::stateChanged, this,
-                guardedSlot(control_, [this, axis] { cbDrehrichtungArduino_Click(axis); }));
+                guardedSlot(rig_, [this, axis] { cbDrehrichtungArduino_Click(axis); }));
         connect(p.cbMikroschritt[axis], &QCheckBox::stateChanged, this,
-                guardedSlot(control_, [this, axis] { cbMikroschritt_Click(axis); }));
+                guardedSlot(rig_, [this, axis] { cbMikroschritt_Click(axis); }));
         connect(p.Taktsetzen[axis], &QPushButton::clicked, this,
-                guardedSlot(control_, [this, axis] { Taktsetzen_Click(axis); }));
+                guardedSlot(rig_, [this, axis] { Taktsetzen_Click(axis); }));
         connect(p.cSpiel[axis], &QPushButton::clicked, this,
-                guardedSlot(control_, [this, axis] { cSpiel_Click(axis); }));
+                guardedSlot(rig_, [this, axis] { cSpiel_Click(axis); }));
         const auto& options = axis == 0 ? p.micro0 : p.micro1;
         for (int k = 0; k < int(options.size()); ++k) {
             connect(options[k], &QRadioButton::toggled, this, [this, axis, k](bool selected) {
-                if (selected) runGuarded(control_.platform(), [&] { micro_Click(axis, k); });
+                if (selected) runGuarded(rig_.platform(), [&] { micro_Click(axis, k); });
             });
         }
     }
@@ -92,7 +92,7 @@ bool Motion::eventFilter(QObject* watched, QEvent* event) {
         return QObject::eventFilter(watched, event);
     const int button = mouseButtonCode(event);
     Panel& p = panel_;
-    runGuarded(control_.platform(), [&] {
+    runGuarded(rig_.platform(), [&] {
         if (const int up = indexIn(p.Auf, watched), down = indexIn(p.Ab, watched);
             up >= 0 || down >= 0) {
             if (type == QEvent::MouseMove)

@@ -7,12 +7,12 @@
 
 class QCheckBox;
 class QLineEdit;
-class ctlQuendrix;
 
 namespace quendrix {
 
 class Link;
 class Panel;
+class Rig;
 class Waiter;
 
 // Moving the axes by hand and to positions: the jog buttons, the run, direction and speed
@@ -23,7 +23,7 @@ class Motion : public QObject {
     Q_OBJECT
 
 public:
-    Motion(ctlQuendrix& control, Panel& panel, Link& link, Waiter& waiter);
+    Motion(Rig& rig, Panel& panel, Link& link, Waiter& waiter);
 
     qint16 Drehzaehler = 0;                      // rotate commands given with other buttons
     std::array<qint32, 2> maxPosition = {0, 0};  // travel of each axis in steps
@@ -62,12 +62,21 @@ public:
     void cbEndschalter_Click(int axis);
     void cbDrehrichtungArduino_Click(int axis);
     void cbMikroschritt_Click(int axis);
+    // Whether an axis offers micro-steps (the properties Mikroschritt0/1): the value of its
+    // check box, 0 to 2. A new value goes through the box, whose handler reports it and opens
+    // or closes the divisions; another value is an invalid property value (RuntimeError 380).
+    qint16 Mikroschritt(int axis) const;
+    void setMikroschritt(int axis, qint16 value);
     void micro_Click(int axis, int exponent);
     void Taktsetzen_Click(int axis);
     // The micro-step exponent in force on the axis, as its first division button keeps it (the
     // board may have told it, see ?0#); 0 when it keeps none the panel offers.
     int exponentInForce(int axis) const;
     void cSpiel_Click(int axis);
+
+signals:
+    // A property whose value lives in this subsystem's controls changed (Mikroschritt0/1).
+    void propertyChanged(const QString& name);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -91,7 +100,7 @@ private:
     void setDirectionLocked(int axis, bool locked);
     void rangeWarning(const QString& text);
 
-    ctlQuendrix& control_;
+    Rig& rig_;
     Panel& panel_;
     Link& link_;
     Waiter& waiter_;

@@ -1,15 +1,15 @@
 // Moving by amounts and to positions: raise and lower, the rotate button, the position
 // readout in steps or millimetres, absolute positioning and the stack's range travel.
+#include "core/speed.h"
+#include "core/units.h"
 #include "link/link.h"
 #include "motion/motion.h"
-#include "motion/speed.h"
-#include "motion/units.h"
 #include "settings/numbers.h"
 #include "settings/textformat.h"
 #include "settings/wait.h"
 
 #include <quendrix/Panel.h>
-#include <quendrix/ctlQuendrix.h>
+#include "settings/rig.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -36,7 +36,7 @@ void Motion::cmdSenken_Click() {
 void Motion::raiseOrLower(int direction) {
     const double amount = Val(panel_.Anheben->text());
     if (amount == 0) return;
-    const bool inSteps = control_.Controltyp() == 1;
+    const bool inSteps = rig_.Controltyp() == 1;
     const qint64 steps = inSteps ? toLong(amount)
                                  : mmToSteps(amount, Val(panel_.Steigung[0]->text()),
                                              Val(panel_.Schritte[0]->text()));
@@ -44,18 +44,18 @@ void Motion::raiseOrLower(int direction) {
     waiter_.doEvents();
     setSpeedMode(0, 1);
     waiter_.doEvents();
-    control_.Output(QStringLiteral("t%1#").arg(inSteps ? steps : qAbs(steps)));
+    link_.Output(QStringLiteral("t%1#").arg(inSteps ? steps : qAbs(steps)));
 }
 
 void Motion::pAnheben() {
-    if (control_.Controltyp() == 2) return;
+    if (rig_.Controltyp() == 2) return;
     if (tag(panel_.cmdHeben) == kRaised) return;
     cmdHeben_Click();
     setTag(panel_.cmdHeben, kRaised);
 }
 
 void Motion::pAbsenken() {
-    if (control_.Controltyp() == 2) return;
+    if (rig_.Controltyp() == 2) return;
     if (tag(panel_.cmdHeben) == kRaised) cmdSenken_Click();
 }
 
@@ -63,13 +63,13 @@ void Motion::pAbsenken() {
 // out one higher than it is kept.
 void Motion::Drehen_MouseUp(int button) {
     if (button == 1) {
-        control_.Output(QStringLiteral("q1!"));
+        link_.Output(QStringLiteral("q1!"));
     } else if (button == 2) {
-        control_.Output(QStringLiteral("q0!"));
+        link_.Output(QStringLiteral("q0!"));
         Drehzaehler = 0;
     } else {
         Drehzaehler = checkedAdd<qint16>(Drehzaehler, 1);
-        control_.Output(QStringLiteral("q-%1!").arg(checkedAdd<qint16>(Drehzaehler, 1)));
+        link_.Output(QStringLiteral("q-%1!").arg(checkedAdd<qint16>(Drehzaehler, 1)));
     }
 }
 
@@ -77,25 +77,25 @@ void Motion::Label9_Click() {
     Panel& p = panel_;
     if (p.Label9->text().contains(u"mm")) {
         p.Label9->setText(Panel::tr("Position [Schritte]"));
-        p.lblPosition[0]->setText(QString::number(link_.AchsPosition[0]));
+        p.lblPosition[0]->setText(QString::number(link_.AchsPosition()[0]));
     } else {
         //: Must hold "mm": the readout shows millimetres exactly when its caption does.
         p.Label9->setText(Panel::tr("Position [mm]"));
         p.lblPosition[0]->setText(
-            formatNumber(Schritte_in_mm(0, -1).mm, QStringLiteral("##,##0.00"), control_.locale()));
+            formatNumber(Schritte_in_mm(0, -1).mm, QStringLiteral("##,##0.00"), rig_.locale()));
     }
     p.lblPosition[1]->setText(p.lblPosition[0]->text());
 }
 
 Motion::Distance Motion::Schritte_in_mm(int axis, qint32 steps) {
     if (axis < 0 || axis > 1) throw RuntimeError(RuntimeError::SubscriptOutOfRange);
-    if (steps < 0) steps = link_.AchsPosition[axis];
+    if (steps < 0) steps = link_.AchsPosition()[axis];
     const double stepsPerRevolution = Val(panel_.Schritte[axis]->text());
     const double lead = Val(panel_.Steigung[axis]->text());
     // With the encoder on, the travel is read from it: its calibrated lower and upper values
     // stand for the two ends of the axis.
     if (panel_.ENC[axis]->isChecked() && maxEncoder[axis] != minEncoder[axis]) {
-        const double share = double(link_.encoder[axis] - minEncoder[axis]) /
+        const double share = double(link_.encoder()[axis] - minEncoder[axis]) /
                              double(maxEncoder[axis] - minEncoder[axis]);
         return {steps, toSingle(share * stepsToMm(maxPosition[axis], stepsPerRevolution, lead))};
     }
@@ -105,21 +105,21 @@ Motion::Distance Motion::Schritte_in_mm(int axis, qint32 steps) {
 void Motion::Position_anfahren(qint32 target, int axis, int speedMode) {
     if (axis < 0 || axis > 1) throw RuntimeError(RuntimeError::SubscriptOutOfRange);
     if (target > maxPosition[axis] || target < 0) return;
-    const qint64 distance = qint64(target) - link_.AchsPosition[axis];
+    const qint64 distance = qint64(target) - link_.AchsPosition()[axis];
     if (distance == 0) return;
 
     const quint64 finishedBefore = link_.finishedMoves(axis);
-    const bool canBusDrive = control_.MotorArt0() == 1;
+    const bool canBusDrive = rig_.MotorArt0() == 1;
     if (canBusDrive) {
         // The drive takes absolute targets, at the slowest speed.
         setSpeedMode(0, 2);
-        control_.Output(axisLetter('t', axis) + QString::number(target) + QLatin1Char('#'));
+        link_.Output(axisLetter('t', axis) + QString::number(target) + QLatin1Char('#'));
     } else {
-        Richtung_setzen(target <= link_.AchsPosition[axis] ? 0 : 1, axis);
+        Richtung_setzen(target <= link_.AchsPosition()[axis] ? 0 : 1, axis);
         setSpeedMode(axis, speedMode >= 0 ? speedMode : speedModeForDistance(distance));
         // A move of exactly one step is "t1#" / "T1#", the same bytes as the settings take-over
         // on the return to tab 0 and at start-up. That is how the protocol has it: kept as is.
-        control_.Output(axisLetter('t', axis) + QString::number(qAbs(distance)) + QLatin1Char('#'));
+        link_.Output(axisLetter('t', axis) + QString::number(qAbs(distance)) + QLatin1Char('#'));
     }
     // The board reports the start of a move before it acknowledges it, so the status line
     // seen now belongs to this move: its "|F" is this move's end. Only Escape ends it sooner.
@@ -128,8 +128,8 @@ void Motion::Position_anfahren(qint32 target, int axis, int speedMode) {
 }
 
 void Motion::rangeWarning(const QString& text) {
-    control_.platform().messageBox(text, MsgBox::Exclamation, tr("Objektbereich abfahren"));
-    control_.setFocus();
+    rig_.platform().messageBox(text, MsgBox::Exclamation, tr("Objektbereich abfahren"));
+    rig_.takeFocus();
 }
 
 // Forward over the stack's range: the direction follows the start and end fields compared as
@@ -137,11 +137,11 @@ void Motion::rangeWarning(const QString& text) {
 void Motion::Bereich_abfahren() {
     const QString start = panel_.BBeginn[0]->text(), end = panel_.BEnde[0]->text();
     const int direction = start.compare(end) <= 0 ? 1 : 0;
-    const qint32 position = link_.AchsPosition[0];
+    const qint32 position = link_.AchsPosition()[0];
     if (direction == 0 && Val(start) <= position) rangeWarning(tr("Obere Position erreicht"));
     if (direction == 1 && Val(start) >= position) rangeWarning(tr("Untere Position erreicht"));
     Richtung_setzen(direction, 0);
-    control_.Output(
+    link_.Output(
         QStringLiteral("t%1#").arg(doubleToText(Val(panel_.Schrittzahl->text()), QLocale::c())));
 }
 
@@ -149,9 +149,9 @@ void Motion::Bereich_abfahren() {
 // chosen, while it is still 0, so only the lower end can be reported.
 void Motion::Bereich_zurueckfahren() {
     const QString start = panel_.BBeginn[0]->text(), end = panel_.BEnde[0]->text();
-    if (Val(end) <= link_.AchsPosition[0]) rangeWarning(tr("Untere Position erreicht"));
+    if (Val(end) <= link_.AchsPosition()[0]) rangeWarning(tr("Untere Position erreicht"));
     Richtung_setzen(start.compare(end) <= 0 ? 0 : 1, 0);
-    control_.Output(
+    link_.Output(
         QStringLiteral("t%1#").arg(doubleToText(Val(panel_.Schrittzahl->text()), QLocale::c())));
 }
 

@@ -1,13 +1,16 @@
 #include "optics/calibration.h"
 
+#include "core/calibrationmath.h"
 #include "optics/calibrationfile.h"
-#include "optics/calibrationmath.h"
 #include "optics/calibrationplot.h"
+#include "optics/opticalsetup.h"
 #include "settings/guard.h"
 #include "settings/numbers.h"
+#include "settings/quicksort.h"
+#include "settings/rig.h"
 #include "settings/textformat.h"
 
-#include <quendrix/ctlQuendrix.h>
+#include <quendrix/Panel.h>
 
 #include <QBoxLayout>
 #include <QComboBox>
@@ -35,32 +38,34 @@ bool isFileThere(const QString& path) {
 
 }  // namespace
 
-Calibration::Calibration(ctlQuendrix& control, Panel& panel) : control_(control), panel_(panel) {
+Calibration::Calibration(Rig& rig, Panel& panel, OpticalSetup& optical, DoubleTable& matrix,
+                         const QString& appPath)
+    : rig_(rig), panel_(panel), optical_(optical), matrix_(matrix), appPath_(appPath) {
     QTableWidget* grid = panel_.Grid1;
     // Only the field width and the extension are measured; the cell editor corrects them.
     grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     grid->installEventFilter(this);
     panel_.Zelle->installEventFilter(this);
     connect(grid, &QTableWidget::cellDoubleClicked, this, [this](int row, int column) {
-        runGuarded(control_.platform(), [&] { openEditor(row, column); });
+        runGuarded(rig_.platform(), [&] { openEditor(row, column); });
     });
 
     plot_ = new CalibrationPlot(grid->parentWidget());
     if (auto* column = qobject_cast<QBoxLayout*>(grid->parentWidget()->layout()))
         column->insertWidget(column->indexOf(grid) + 1, plot_);
     connect(this, &Calibration::tableChanged, plot_,
-            quietSlot([this] { plot_->setTable(control_.Matrix); }));
+            quietSlot([this] { plot_->setTable(matrix_); }));
 }
 
 QString Calibration::fileName() const {
-    return control_.App_Path + QDir::separator() + control_.Kameratyp() +
-           Trim(panel_.cbOptik->currentText()) + QLatin1Char('_') + control_.MotorName() +
+    return appPath_ + QDir::separator() + optical_.Kameratyp() +
+           Trim(panel_.cbOptik->currentText()) + QLatin1Char('_') + rig_.MotorName() +
            QStringLiteral("_Synchronliste.txt");
 }
 
 CalibrationFile Calibration::readSorted() const {
     CalibrationFile file = readCalibrationFile(fileName());
-    control_.QuickSortReihe(file.table, Extension);
+    quickSortRows(file.table, Extension);
     evaluateRows(file.table, file.sensorWidth);
     return file;
 }
@@ -73,7 +78,7 @@ void Calibration::load() {
         panel_.Option1->setAutoExclusive(false);
         panel_.Option1->setChecked(false);
         panel_.Option1->setAutoExclusive(true);
-        control_.Matrix = DoubleTable();
+        matrix_ = DoubleTable();
         showTable();
         emit tableChanged();
         return;
@@ -86,43 +91,43 @@ void Calibration::load() {
     const float focalLength = toSingle(*focal);
     const double azOffset = *offset + double(focalLength);
 
-    control_.setSensorbreite(file.sensorWidth);
-    control_.setBrennweite(focalLength);
-    control_.setAzOffset(azOffset);
-    panel_.txOffset->setText(formatNumber(azOffset, QStringLiteral("##0.00"), control_.locale()));
+    optical_.setSensorbreite(file.sensorWidth);
+    optical_.setBrennweite(focalLength);
+    optical_.setAzOffset(azOffset);
+    panel_.txOffset->setText(formatNumber(azOffset, QStringLiteral("##0.00"), rig_.locale()));
     panel_.Option1->setEnabled(true);
     panel_.Option1->setChecked(true);
-    control_.Matrix = std::move(file.table);
+    matrix_ = std::move(file.table);
     showTable();
     emit tableChanged();
 }
 
 std::optional<double> Calibration::fieldWidthAt(double extension) const {
-    return interpolateFieldWidth(control_.Matrix, extension);
+    return interpolateFieldWidth(matrix_, extension);
 }
 
 void Calibration::Synchron_Click() {
-    if (control_.Controltyp() != 0) return;
+    if (rig_.Controltyp() != 0) return;
     closeEditor();
-    Platform& platform = control_.platform();
+    Platform& platform = rig_.platform();
     const int answer =
         platform.messageBox(tr("Neue Meßreihe (alte Werte löschen)?"),
                             MsgBox::YesNoCancel | MsgBox::Question | MsgBox::DefaultButton2,
                             tr("Balgengerät einmessen"));
     if (answer != MsgBox::Yes && answer != MsgBox::No) return;
     if (answer == MsgBox::Yes) {
-        control_.Matrix = freshTable();
+        matrix_ = freshTable();
         blankGrid();
     }
 
     // The series goes on from the lens's list as it is kept.
     if (!isFileThere(fileName())) {
-        control_.Matrix = freshTable();
+        matrix_ = freshTable();
     } else {
-        const float sensorWidth = control_.Sensorbreite();
+        const float sensorWidth = optical_.Sensorbreite();
         CalibrationFile file = readSorted();
-        control_.setSensorbreite(file.sensorWidth);
-        control_.Matrix = std::move(file.table);
+        optical_.setSensorbreite(file.sensorWidth);
+        matrix_ = std::move(file.table);
         if (file.sensorWidth != sensorWidth)
             platform.messageBox(tr("Sensorbreite geändert!"), MsgBox::OKOnly | MsgBox::Exclamation,
                                 QString());
@@ -134,9 +139,9 @@ void Calibration::Synchron_Click() {
 
 void Calibration::cmdAufnehmen_Click() {
     closeEditor();
-    const double fieldWidth = textToDouble(panel_.Bildbreite->text(), control_.locale());
+    const double fieldWidth = textToDouble(panel_.Bildbreite->text(), rig_.locale());
     const double extension = currentExtension ? currentExtension() : 0.0;
-    DoubleTable table = control_.Matrix.isEmpty() ? freshTable() : control_.Matrix;
+    DoubleTable table = matrix_.isEmpty() ? freshTable() : matrix_;
     if (!isFresh(table)) table = withRowAppended(table);
     const int row = table.ubound(2);
     table(FieldWidth, row) = fieldWidth;
@@ -147,39 +152,39 @@ void Calibration::cmdAufnehmen_Click() {
 
 void Calibration::cmdFertig_Click() {
     closeEditor();
-    Platform& platform = control_.platform();
+    Platform& platform = rig_.platform();
     if (platform.messageBox(tr("Sollen die Werte gespeichert werden"), MsgBox::YesNo,
                             tr("Synchronliste speichern")) == MsgBox::Yes) {
-        writeCalibrationFile(fileName(), control_.Sensorbreite(),
-                             control_.Matrix.isEmpty() ? freshTable() : control_.Matrix);
+        writeCalibrationFile(fileName(), optical_.Sensorbreite(),
+                             matrix_.isEmpty() ? freshTable() : matrix_);
     }
-    if (!control_.Matrix.isEmpty()) control_.QuickSortReihe(control_.Matrix, Extension);
+    if (!matrix_.isEmpty()) quickSortRows(matrix_, Extension);
     showTable();
     emit tableChanged();
 
     // Per camera (the section), motor and lens.
-    const QString key = control_.MotorName().right(1) + QLatin1Char('_') +
+    const QString key = rig_.MotorName().right(1) + QLatin1Char('_') +
                         QString::number(panel_.cbOptik->currentIndex());
     if (platform.messageBox(tr("Soll die neue Brennweite gespeichert werden"), MsgBox::YesNo,
                             QString()) == MsgBox::Yes) {
         const QString text = panel_.txBrennweite->text();
-        const float focalLength = textToSingle(text, control_.locale());
-        control_.setini(control_.Kameratyp(), QStringLiteral("Brennweite") + key, text);
-        control_.setBrennweite(focalLength);
+        const float focalLength = textToSingle(text, rig_.locale());
+        rig_.setini(optical_.Kameratyp(), QStringLiteral("Brennweite") + key, text);
+        optical_.setBrennweite(focalLength);
     }
     if (platform.messageBox(tr("Soll der neue Offsetwert gespeichert werden"), MsgBox::YesNo,
                             QString()) == MsgBox::Yes) {
         const QString text = panel_.txOffset->text();
-        const double offset = textToDouble(text, control_.locale());
-        control_.setini(control_.Kameratyp(), QStringLiteral("offset") + key, text);
-        control_.setAzOffset(offset);
+        const double offset = textToDouble(text, rig_.locale());
+        rig_.setini(optical_.Kameratyp(), QStringLiteral("offset") + key, text);
+        optical_.setAzOffset(offset);
     }
     setMeasuring(false);
 }
 
 void Calibration::Loeschen_Click() {
     closeEditor();
-    const DoubleTable& table = control_.Matrix;
+    const DoubleTable& table = matrix_;
     const int row = panel_.Grid1->currentRow();
     if (table.isEmpty() || row < table.lbound(2) || row > table.ubound(2)) return;
     commitSeries(withoutRow(table, row));
@@ -192,8 +197,8 @@ void Calibration::Zelle_KeyDown(int keyCode) {
         return;
     }
     if (keyCode != VirtualKey::Return) return;
-    const double value = textToDouble(panel_.Zelle->text(), control_.locale());
-    DoubleTable table = control_.Matrix;
+    const double value = textToDouble(panel_.Zelle->text(), rig_.locale());
+    DoubleTable table = matrix_;
     if (!table.isEmpty() && editRow_ <= table.ubound(2)) {
         table(editColumn_, editRow_) = value;
         commitSeries(std::move(table));
@@ -202,25 +207,24 @@ void Calibration::Zelle_KeyDown(int keyCode) {
 }
 
 void Calibration::commitSeries(DoubleTable table) {
-    evaluateRows(table, control_.Sensorbreite());
+    evaluateRows(table, optical_.Sensorbreite());
     std::optional<float> focalLength;
     double azOffset = 0;
     if (const std::optional<FittedLine> line = fittedLine(table)) {
         focalLength = toSingle(line->focalLength);
         azOffset = line->offset + double(*focalLength);
     }
-    control_.Matrix = std::move(table);
+    matrix_ = std::move(table);
     if (focalLength) {
-        control_.setBrennweite(*focalLength);
-        panel_.txOffset->setText(
-            formatNumber(azOffset, QStringLiteral("##0.00"), control_.locale()));
+        optical_.setBrennweite(*focalLength);
+        panel_.txOffset->setText(formatNumber(azOffset, QStringLiteral("##0.00"), rig_.locale()));
     }
     showTable();
     emit tableChanged();
 }
 
 void Calibration::showTable() {
-    const DoubleTable& table = control_.Matrix;
+    const DoubleTable& table = matrix_;
     if (table.isEmpty() || isFresh(table)) {
         blankGrid();
         return;
@@ -236,7 +240,7 @@ void Calibration::showTable() {
                 grid->setItem(j, i, item);
             }
             item->setText(
-                formatNumber(table(i, j), QString::fromLatin1(kGridFormats[i]), control_.locale()));
+                formatNumber(table(i, j), QString::fromLatin1(kGridFormats[i]), rig_.locale()));
         }
     }
 }
@@ -252,7 +256,7 @@ void Calibration::setMeasuring(bool measuring) {
 }
 
 void Calibration::openEditor(int row, int column) {
-    const DoubleTable& table = control_.Matrix;
+    const DoubleTable& table = matrix_;
     if (column != FieldWidth && column != Extension) return;
     if (table.isEmpty() || row < table.lbound(2) || row > table.ubound(2)) return;
     QTableWidget* grid = panel_.Grid1;
@@ -260,7 +264,7 @@ void Calibration::openEditor(int row, int column) {
     editRow_ = row;
     editColumn_ = column;
     editor->setGeometry(grid->visualRect(grid->model()->index(row, column)));
-    editor->setText(doubleToText(table(column, row), control_.locale()));
+    editor->setText(doubleToText(table(column, row), rig_.locale()));
     editor->show();
     editor->raise();
     editor->setFocus();
@@ -282,7 +286,7 @@ bool Calibration::eventFilter(QObject* watched, QEvent* event) {
                             : key == Qt::Key_Escape                       ? VirtualKey::Escape
                                                                           : 0;
         if (keyCode == 0) return false;
-        runGuarded(control_.platform(), [&] { Zelle_KeyDown(keyCode); });
+        runGuarded(rig_.platform(), [&] { Zelle_KeyDown(keyCode); });
         return true;
     }
     if (watched == panel_.Zelle && event->type() == QEvent::FocusOut) {
@@ -295,7 +299,7 @@ bool Calibration::eventFilter(QObject* watched, QEvent* event) {
         const int key = static_cast<QKeyEvent*>(event)->key();
         if (key == Qt::Key_F2 || key == Qt::Key_Return || key == Qt::Key_Enter) {
             QTableWidget* grid = panel_.Grid1;
-            runGuarded(control_.platform(),
+            runGuarded(rig_.platform(),
                        [&] { openEditor(grid->currentRow(), grid->currentColumn()); });
             return editRow_ >= 0;
         }

@@ -7,11 +7,11 @@
 #include <functional>
 #include <optional>
 
-class ctlQuendrix;
-
 namespace quendrix {
 
+class OpticalSetup;
 class Panel;
+class Rig;
 class CalibrationPlot;
 namespace calibration {
 struct CalibrationFile;
@@ -27,7 +27,9 @@ class Calibration : public QObject {
     Q_OBJECT
 
 public:
-    Calibration(ctlQuendrix& control, Panel& panel);
+    // matrix is the control's public table Matrix; appPath its App_Path, where lists are kept.
+    Calibration(Rig& rig, Panel& panel, OpticalSetup& optical, DoubleTable& matrix,
+                const QString& appPath);
 
     // Where the current lens's list is kept: App_Path, the path separator, Kameratyp, the lens
     // name (cbOptik's text without surrounding blanks), "_", MotorName, "_Synchronliste.txt".
@@ -92,8 +94,11 @@ private:
     void openEditor(int row, int column);
     void closeEditor();
 
-    ctlQuendrix& control_;
+    Rig& rig_;
     Panel& panel_;
+    OpticalSetup& optical_;
+    DoubleTable& matrix_;
+    const QString& appPath_;
     CalibrationPlot* plot_ = nullptr;
     int editRow_ = -1;
     int editColumn_ = -1;

@@ -1,6 +1,6 @@
 #include "optics/calibrationfile.h"
 
-#include "optics/calibrationmath.h"
+#include "core/calibrationmath.h"
 #include "settings/cp1252.h"
 #include "settings/filereplace.h"
 #include "settings/numbers.h"

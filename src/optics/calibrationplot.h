@@ -1,6 +1,6 @@
 #pragma once
 
-#include "optics/calibrationmath.h"
+#include "core/calibrationmath.h"
 
 #include <QPointF>
 #include <QWidget>

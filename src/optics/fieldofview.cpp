@@ -1,16 +1,17 @@
 // The field of view: the object-side width the sensor covers, from the lens factor (lens
 // changer, microscope) or from focal length and bellows extension, refined by the lens's
 // calibration table; and the bellows extension it depends on.
+#include "core/units.h"
 #include "link/link.h"
 #include "motion/motion.h"
-#include "motion/units.h"
 #include "optics/calibration.h"
+#include "optics/opticalsetup.h"
 #include "optics/optics.h"
 #include "settings/numbers.h"
+#include "settings/rig.h"
 #include "settings/textformat.h"
 
 #include <quendrix/Panel.h>
-#include <quendrix/ctlQuendrix.h>
 
 #include <QLabel>
 #include <QLineEdit>
@@ -29,20 +30,20 @@ constexpr double kMicrometresPerMm = 1000;
 // bellows extension and the offset from the bellows' zero to the lens's infinity position.
 // The numerator is formed in single precision, the sum in double.
 double Optics::bellowsFieldWidth(double extension) const {
-    const float focal = control_.Brennweite();
-    const float numerator = control_.Sensorbreite() * focal;
-    const double rings = textToDouble(panel_.Zwischenringe->text(), control_.locale());
-    return divide(numerator, rings + extension + control_.AzOffset() - focal);
+    const float focal = optical_.Brennweite();
+    const float numerator = optical_.Sensorbreite() * focal;
+    const double rings = textToDouble(panel_.Zwischenringe->text(), rig_.locale());
+    return divide(numerator, rings + extension + optical_.AzOffset() - focal);
 }
 
 double Optics::currentExtension() const {
-    return textToDouble(panel_.Zwischenringe->text(), control_.locale()) +
-           textToDouble(panel_.lbAuszug->toolTip(), control_.locale());
+    return textToDouble(panel_.Zwischenringe->text(), rig_.locale()) +
+           textToDouble(panel_.lbAuszug->toolTip(), rig_.locale());
 }
 
 void Optics::BildGroesse() {
-    const QLocale locale = control_.locale();
-    const qint16 rig = control_.Controltyp();
+    const QLocale locale = rig_.locale();
+    const qint16 rig = rig_.Controltyp();
     QString working = panel_.lblSehfeld->toolTip();
     if (rig == 1 || (rig != 0 && panel_.lblOptik->text() != u"ohne"))
         working = doubleToText(selectedFactor() * Val(panel_.SensorBreiteA->text()), locale);
@@ -58,12 +59,12 @@ void Optics::BildGroesse() {
     }
 
     const QString caption = formatNumber(width, QStringLiteral("##,##0.000"), locale);
-    control_.setSehfeld(working);
+    optical_.setSehfeld(working);
     panel_.lblSehfeld->setToolTip(working);
     panel_.lblSehfeld->setText(caption);
     panel_.lblSehfeld2->setText(caption);
     panel_.Slider1->setValue(toLong(textToDouble(caption, locale) * kMicrometresPerMm));
-    emit control_.SehfeldNeu(formatNumber(width, QStringLiteral("###0.000"), locale));
+    emit SehfeldNeu(formatNumber(width, QStringLiteral("###0.000"), locale));
 }
 
 // The field-of-view slider spans what the bellows can reach: the widths at the two ends of its
@@ -74,19 +75,18 @@ void Optics::Balgen_einstellen() {
     const auto [narrow, wide] = std::minmax(atStart, atEnd);
     panel_.Slider1->setRange(clampedInt(narrow * kMicrometresPerMm),
                              clampedInt(wide * kMicrometresPerMm));
-    panel_.Sf_min->setText(formatNumber(narrow, QStringLiteral("##,##0.000"), control_.locale()));
-    panel_.Sf_max->setText(formatNumber(wide, QStringLiteral("##,##0.000"), control_.locale()));
+    panel_.Sf_min->setText(formatNumber(narrow, QStringLiteral("##,##0.000"), rig_.locale()));
+    panel_.Sf_max->setText(formatNumber(wide, QStringLiteral("##,##0.000"), rig_.locale()));
 }
 
 // The bellows axis's position as extension, and the distance axis's in millimetres.
 void Optics::updateExtension() {
-    if (control_.Controltyp() != 0) return;
+    if (rig_.Controltyp() != 0) return;
     const float extension = motion_.Schritte_in_mm(1, -1).mm;
     distanceMm_ = motion_.Schritte_in_mm(0, -1).mm;
-    panel_.lbAuszug->setToolTip(singleToText(extension, control_.locale()));
-    panel_.lbAuszug->setText(
-        formatNumber(extension, QStringLiteral("##,##0.000"), control_.locale()));
-    control_.Gesamtauszug = extension + Val(panel_.Zwischenringe->text());
+    panel_.lbAuszug->setToolTip(singleToText(extension, rig_.locale()));
+    panel_.lbAuszug->setText(formatNumber(extension, QStringLiteral("##,##0.000"), rig_.locale()));
+    gesamtauszug_ = extension + Val(panel_.Zwischenringe->text());
 }
 
 // Every reported move updates the extension and the field of view. A position at which the
@@ -99,22 +99,21 @@ void Optics::axisMoved() {
 
 void Optics::setFieldWidthFromSlider(int micrometres) {
     const double width = micrometres / kMicrometresPerMm;
-    const QString working = doubleToText(width, control_.locale());
+    const QString working = doubleToText(width, rig_.locale());
     panel_.lblSehfeld->setToolTip(working);
-    control_.setSehfeld(working);
-    panel_.lblSehfeld->setText(
-        formatNumber(width, QStringLiteral("##,##0.000"), control_.locale()));
+    optical_.setSehfeld(working);
+    panel_.lblSehfeld->setText(formatNumber(width, QStringLiteral("##,##0.000"), rig_.locale()));
 }
 
 // The bellows go to the extension at which the bellows formula gives the width chosen.
 void Optics::driveBellowsToSlider() {
-    if (control_.Controltyp() != 0) return;
+    if (rig_.Controltyp() != 0) return;
     const double width = panel_.Slider1->value() / kMicrometresPerMm;
     if (width <= 0) return;
-    const float focal = control_.Brennweite();
-    const double rings = textToDouble(panel_.Zwischenringe->text(), control_.locale());
+    const float focal = optical_.Brennweite();
+    const double rings = textToDouble(panel_.Zwischenringe->text(), rig_.locale());
     const double extension =
-        divide(control_.Sensorbreite() * focal, width) - rings - control_.AzOffset() + focal;
+        divide(optical_.Sensorbreite() * focal, width) - rings - optical_.AzOffset() + focal;
     const qint32 steps =
         mmToSteps(extension, Val(panel_.Steigung[1]->text()), Val(panel_.Schritte[1]->text()));
     motion_.Position_anfahren(steps, 1, -1);

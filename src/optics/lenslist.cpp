@@ -2,13 +2,14 @@
 // in OptikFaktor, kept in the settings file per camera type and motor.
 #include "link/link.h"
 #include "optics/calibration.h"
+#include "optics/opticalsetup.h"
 #include "optics/optics.h"
 #include "settings/numbers.h"
+#include "settings/rig.h"
 #include "settings/settingnumbers.h"
 #include "settings/textformat.h"
 
 #include <quendrix/Panel.h>
-#include <quendrix/ctlQuendrix.h>
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -29,12 +30,12 @@ QString lastCharacter(const QString& text) {
 }  // namespace
 
 QString Optics::cameraSection() const {
-    return control_.Kameratyp();
+    return optical_.Kameratyp();
 }
 
 // "Objektiv" + D + "_" + K, D being the motor's last character: each motor has its own list.
 QString Optics::lensKey(const QString& name, int index) const {
-    return name + lastCharacter(control_.MotorName()) + QLatin1Char('_') + QString::number(index);
+    return name + lastCharacter(rig_.MotorName()) + QLatin1Char('_') + QString::number(index);
 }
 
 void Optics::Optik_laden() {
@@ -49,16 +50,15 @@ void Optics::Optik_laden() {
         // Stored lens k lands at list index k + 1; the first empty name ends the list.
         for (int k = 0; k < kMostLenses; ++k) {
             const QString name =
-                control_.ini(cameraSection(), lensKey(QStringLiteral("Objektiv"), k), {});
+                rig_.ini(cameraSection(), lensKey(QStringLiteral("Objektiv"), k), {});
             if (name.isEmpty()) break;
             names->addItem(name);
-            factors->addItem(
-                control_.ini(cameraSection(), lensKey(QStringLiteral("Faktor"), k), {}));
+            factors->addItem(rig_.ini(cameraSection(), lensKey(QStringLiteral("Faktor"), k), {}));
         }
         names->setCurrentIndex(-1);
     }
-    const double current = control_.settingNumbers().number(
-        cameraSection(), QStringLiteral("aktuell") + lastCharacter(control_.MotorName()),
+    const double current = rig_.settingNumbers().number(
+        cameraSection(), QStringLiteral("aktuell") + lastCharacter(rig_.MotorName()),
         QStringLiteral("0"));
     if (current < names->count()) {
         // Any negative entry selects nothing, as -1 does.
@@ -69,9 +69,9 @@ void Optics::Optik_laden() {
 }
 
 void Optics::NeuObjektiv_Click() {
-    const QString name = control_.platform().inputBox(
-        tr("Eindeutige Bezeichnung incl. Nah-/Fern-Einstellung eingeben"),
-        tr("Objektiv zur Liste hinzufügen"), QString());
+    const QString name =
+        rig_.platform().inputBox(tr("Eindeutige Bezeichnung incl. Nah-/Fern-Einstellung eingeben"),
+                                 tr("Objektiv zur Liste hinzufügen"), QString());
     if (name.isEmpty()) return;
     // The factor follows when the lens is stored with Speichern.
     QComboBox* names = panel_.cbOptik;
@@ -79,36 +79,36 @@ void Optics::NeuObjektiv_Click() {
     const int index = names->count() - 1;
     names->setCurrentIndex(index);
     setTag(names, QString::number(index));
-    control_.Objektiv = QString::number(index);
+    objektiv_ = QString::number(index);
     // A new lens is written to slot 0 and the stored current entry reset to it: its lasting
     // record is made by Speichern.
-    const QString motor = lastCharacter(control_.MotorName());
-    control_.setini(cameraSection(), QStringLiteral("Aktuell") + motor, QStringLiteral("0"));
-    control_.setini(cameraSection(), lensKey(QStringLiteral("Objektiv"), 0), name);
-    control_.setini(cameraSection(), lensKey(QStringLiteral("autofokus"), index),
-                    QString::number(value(panel_.Autofokus)));
+    const QString motor = lastCharacter(rig_.MotorName());
+    rig_.setini(cameraSection(), QStringLiteral("Aktuell") + motor, QStringLiteral("0"));
+    rig_.setini(cameraSection(), lensKey(QStringLiteral("Objektiv"), 0), name);
+    rig_.setini(cameraSection(), lensKey(QStringLiteral("autofokus"), index),
+                QString::number(value(panel_.Autofokus)));
 }
 
 void Optics::NeuName_Click() {
     const QString name =
-        control_.platform().inputBox(tr("Eindeutige Bezeichnung eingeben"),
-                                     tr("Neue Bezeichnung für das angezeigte Objektiv"), QString());
+        rig_.platform().inputBox(tr("Eindeutige Bezeichnung eingeben"),
+                                 tr("Neue Bezeichnung für das angezeigte Objektiv"), QString());
     const int index = panel_.cbOptik->currentIndex();
     if (index < 0) {
-        control_.platform().messageBox(tr("Erst ein Objektiv auswählen"), MsgBox::OKOnly, {});
+        rig_.platform().messageBox(tr("Erst ein Objektiv auswählen"), MsgBox::OKOnly, {});
         return;
     }
     panel_.cbOptik->setItemText(index, name);
-    control_.setini(cameraSection(), lensKey(QStringLiteral("Objektiv"), index), name);
+    rig_.setini(cameraSection(), lensKey(QStringLiteral("Objektiv"), index), name);
 }
 
 void Optics::Speichern_Click() {
     QComboBox* names = panel_.cbOptik;
     QListWidget* factors = panel_.OptikFaktor;
     // The factor first: a resolution of 0 fails here, before anything is changed or stored.
-    const float factor = toSingle(divide(textToSingle(tag(panel_.Bildbreite), control_.locale()),
+    const float factor = toSingle(divide(textToSingle(tag(panel_.Bildbreite), rig_.locale()),
                                          Val(panel_.SensorBreiteA->text())));
-    const QString factorText = singleToText(factor, control_.locale());
+    const QString factorText = singleToText(factor, rig_.locale());
     const QString shown = names->currentText();
     int index = names->findText(shown, Qt::MatchExactly | Qt::MatchCaseSensitive);
     if (index < 0) {
@@ -123,44 +123,44 @@ void Optics::Speichern_Click() {
     names->setCurrentIndex(index);
     // Saved under the list index itself, while loading puts slot k at index k + 1: the
     // one-place shift between the two is how the list has always been kept.
-    control_.setini(cameraSection(), lensKey(QStringLiteral("Objektiv"), index),
-                    names->itemText(index));
-    control_.setini(cameraSection(), lensKey(QStringLiteral("Faktor"), index), factorText);
+    rig_.setini(cameraSection(), lensKey(QStringLiteral("Objektiv"), index),
+                names->itemText(index));
+    rig_.setini(cameraSection(), lensKey(QStringLiteral("Faktor"), index), factorText);
     BildGroesse();
 }
 
 double Optics::selectedFactor() const {
     const int index = panel_.cbOptik->currentIndex();
     if (index < 0 || index >= panel_.OptikFaktor->count()) return 0;
-    return textToDouble(panel_.OptikFaktor->item(index)->text(), control_.locale());
+    return textToDouble(panel_.OptikFaktor->item(index)->text(), rig_.locale());
 }
 
 void Optics::cbOptik_Click() {
     const int index = panel_.cbOptik->currentIndex();
     if (index < 0) return;
     setTag(panel_.cbOptik, QString::number(index));
-    control_.Objektiv = QString::number(index);
-    if (control_.Controltyp() != 0) {
+    objektiv_ = QString::number(index);
+    if (rig_.Controltyp() != 0) {
         if (index < panel_.OptikFaktor->count()) panel_.OptikFaktor->setCurrentRow(index);
         BildGroesse();
         showLensName(index);
         panel_.Bildbreite->setText(
             formatNumber(selectedFactor() * Val(panel_.SensorBreiteA->text()),
-                         QStringLiteral("##,##0.000"), control_.locale()));
+                         QStringLiteral("##,##0.000"), rig_.locale()));
         return;
     }
     calibration_.load();
     BildGroesse();
     updateExtension();
-    panel_.txBrennweite->setText(singleToText(control_.Brennweite(), control_.locale()));
-    panel_.txOffset->setText(doubleToText(control_.AzOffset(), control_.locale()));
-    setValue(panel_.Autofokus, control_.settingNumbers().wholeNumber(
+    panel_.txBrennweite->setText(singleToText(optical_.Brennweite(), rig_.locale()));
+    panel_.txOffset->setText(doubleToText(optical_.AzOffset(), rig_.locale()));
+    setValue(panel_.Autofokus, rig_.settingNumbers().wholeNumber(
                                    cameraSection(), lensKey(QStringLiteral("autofokus"), index),
                                    QStringLiteral("0"), 0, 2));
     // A lens whose focal length is not known yet has no image width to show.
     try {
         panel_.Bildbreite->setText(formatNumber(bellowsFieldWidth(Val(panel_.lbAuszug->toolTip())),
-                                                QStringLiteral("##,##0.000"), control_.locale()));
+                                                QStringLiteral("##,##0.000"), rig_.locale()));
     } catch (const RuntimeError&) {
     }
 }
@@ -170,7 +170,7 @@ void Optics::cbOptik_Click() {
 void Optics::showLensName(int index) {
     const QString name = panel_.cbOptik->itemText(index);
     QString shown = name;
-    if (control_.Controltyp() != 1) {
+    if (rig_.Controltyp() != 1) {
         const qsizetype blank = name.indexOf(QLatin1Char(' '));
         const QString rest = name.mid(blank + 1);
         const qsizetype next = rest.indexOf(QLatin1Char(' '));
@@ -188,8 +188,8 @@ void Optics::Optik_waehlen(const QString& Focus) {
             return;
         }
     }
-    control_.platform().messageBox(tr("Kein Objektiv mit dieser Brennweite in der Liste"),
-                                   MsgBox::OKOnly, {});
+    rig_.platform().messageBox(tr("Kein Objektiv mit dieser Brennweite in der Liste"),
+                               MsgBox::OKOnly, {});
 }
 
 // The lens the label names (the changer reports it) becomes the selected one.
@@ -208,14 +208,14 @@ void Optics::lblOptik_Change() {
 
 void Optics::lbObjektiv_Change(qint16 Index) {
     static const char kLetters[] = {'h', 'i', 'j', 'k', 'g'};
-    if (control_.Controltyp() == 2) {
-        panel_.lblOptik->setText(control_.Objektiv);
+    if (rig_.Controltyp() == 2) {
+        panel_.lblOptik->setText(objektiv_);
         lblOptik_Change();
-    } else if (control_.Controltyp() == 1 && Index >= 0 && Index < 5) {
+    } else if (rig_.Controltyp() == 1 && Index >= 0 && Index < 5) {
         const QString caption = panel_.lbObjektiv[Index]->text();
-        control_.setini(control_.MotorName() + QLatin1Char('0'),
-                        QStringLiteral("Objektiv%1").arg(Index), caption);
-        control_.Output(QLatin1Char(kLetters[Index]) + Trim(caption) + QLatin1Char('#'));
+        rig_.setini(rig_.MotorName() + QLatin1Char('0'), QStringLiteral("Objektiv%1").arg(Index),
+                    caption);
+        link_.Output(QLatin1Char(kLetters[Index]) + Trim(caption) + QLatin1Char('#'));
     }
 }
 

@@ -4,13 +4,14 @@
 
 #include "link/link.h"
 #include "optics/calibration.h"
+#include "optics/opticalsetup.h"
 #include "settings/guard.h"
 #include "settings/mousebuttons.h"
 #include "settings/numbers.h"
+#include "settings/rig.h"
 #include "settings/textformat.h"
 
 #include <quendrix/Panel.h>
-#include <quendrix/ctlQuendrix.h>
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -42,9 +43,16 @@ private:
 };
 }  // namespace
 
-Optics::Optics(ctlQuendrix& control, Panel& panel, Link& link, Motion& motion,
-               Calibration& calibration)
-    : control_(control), panel_(panel), link_(link), motion_(motion), calibration_(calibration) {
+Optics::Optics(Rig& rig, Panel& panel, Link& link, Motion& motion, Calibration& calibration,
+               OpticalSetup& optical, QString& objektiv, double& gesamtauszug)
+    : rig_(rig),
+      panel_(panel),
+      link_(link),
+      motion_(motion),
+      calibration_(calibration),
+      optical_(optical),
+      objektiv_(objektiv),
+      gesamtauszug_(gesamtauszug) {
     // The working values start as numbers, so the first computation has something to read.
     if (panel_.lbAuszug->toolTip().isEmpty()) panel_.lbAuszug->setToolTip(QStringLiteral("0"));
     if (panel_.lblSehfeld->toolTip().isEmpty()) panel_.lblSehfeld->setToolTip(QStringLiteral("0"));
@@ -55,51 +63,48 @@ Optics::Optics(ctlQuendrix& control, Panel& panel, Link& link, Motion& motion,
 void Optics::connectPanel() {
     Panel& p = panel_;
     connect(&link_, &Link::positionReported, this, quietSlot([this] { axisMoved(); }));
-    connect(&link_, &Link::lensShown, this, guardedSlot(control_, [this] { lblOptik_Change(); }));
+    connect(&link_, &Link::lensShown, this, guardedSlot(rig_, [this] { lblOptik_Change(); }));
     connect(p.cbOptik, &QComboBox::currentIndexChanged, this,
-            guardedSlot(control_, [this] { cbOptik_Click(); }));
+            guardedSlot(rig_, [this] { cbOptik_Click(); }));
     connect(p.NeuObjektiv, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { NeuObjektiv_Click(); }));
-    connect(p.NeuName, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { NeuName_Click(); }));
+            guardedSlot(rig_, [this] { NeuObjektiv_Click(); }));
+    connect(p.NeuName, &QPushButton::clicked, this, guardedSlot(rig_, [this] { NeuName_Click(); }));
     connect(p.Speichern, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { Speichern_Click(); }));
-    connect(p.Option1, &QRadioButton::clicked, this,
-            guardedSlot(control_, [this] { BildGroesse(); }));
+            guardedSlot(rig_, [this] { Speichern_Click(); }));
+    connect(p.Option1, &QRadioButton::clicked, this, guardedSlot(rig_, [this] { BildGroesse(); }));
     connect(p.Synchron, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { calibration_.Synchron_Click(); }));
+            guardedSlot(rig_, [this] { calibration_.Synchron_Click(); }));
     connect(p.cmdAufnehmen, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { calibration_.cmdAufnehmen_Click(); }));
+            guardedSlot(rig_, [this] { calibration_.cmdAufnehmen_Click(); }));
     connect(p.cmdFertig, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { calibration_.cmdFertig_Click(); }));
+            guardedSlot(rig_, [this] { calibration_.cmdFertig_Click(); }));
     connect(p.Loeschen, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { calibration_.Loeschen_Click(); }));
+            guardedSlot(rig_, [this] { calibration_.Loeschen_Click(); }));
 
     // Enter in a box stores it.
-    connect(
-        p.Sensor_breite, &QLineEdit::returnPressed, this, guardedSlot(control_, [this] {
-            storeOnEnter(cameraSection(), QStringLiteral("Bildbreite"),
-                         panel_.Sensor_breite->text());
-            control_.setSensorbreite(textToSingle(panel_.Sensor_breite->text(), control_.locale()));
-        }));
-    connect(p.SensorBreiteA, &QLineEdit::returnPressed, this, guardedSlot(control_, [this] {
+    connect(p.Sensor_breite, &QLineEdit::returnPressed, this, guardedSlot(rig_, [this] {
+                storeOnEnter(cameraSection(), QStringLiteral("Bildbreite"),
+                             panel_.Sensor_breite->text());
+                optical_.setSensorbreite(textToSingle(panel_.Sensor_breite->text(), rig_.locale()));
+            }));
+    connect(p.SensorBreiteA, &QLineEdit::returnPressed, this, guardedSlot(rig_, [this] {
                 storeOnEnter(cameraSection(), QStringLiteral("aufloesungx"),
                              panel_.SensorBreiteA->text());
-                if (control_.Controltyp() == 0) Balgen_einstellen();
+                if (rig_.Controltyp() == 0) Balgen_einstellen();
             }));
-    connect(p.SensorBreiteP, &QLineEdit::returnPressed, this, guardedSlot(control_, [this] {
+    connect(p.SensorBreiteP, &QLineEdit::returnPressed, this, guardedSlot(rig_, [this] {
                 storeOnEnter(cameraSection(), QStringLiteral("basisaufloesungx"),
                              panel_.SensorBreiteP->text());
-                if (control_.Controltyp() == 0) Balgen_einstellen();
+                if (rig_.Controltyp() == 0) Balgen_einstellen();
             }));
-    connect(p.Zwischenringe, &QLineEdit::returnPressed, this, guardedSlot(control_, [this] {
+    connect(p.Zwischenringe, &QLineEdit::returnPressed, this, guardedSlot(rig_, [this] {
                 storeOnEnter(cameraSection(),
-                             QStringLiteral("zwischenringe") + control_.MotorName().right(1),
+                             QStringLiteral("zwischenringe") + rig_.MotorName().right(1),
                              panel_.Zwischenringe->text());
             }));
     for (QLineEdit* lead : p.Steigung) {
-        connect(lead, &QLineEdit::returnPressed, this, guardedSlot(control_, [this, lead] {
-                    storeOnEnter(control_.MotorName(), QStringLiteral("Steigung"), lead->text());
+        connect(lead, &QLineEdit::returnPressed, this, guardedSlot(rig_, [this, lead] {
+                    storeOnEnter(rig_.MotorName(), QStringLiteral("Steigung"), lead->text());
                     Balgen_einstellen();
                 }));
     }
@@ -109,13 +114,13 @@ void Optics::connectPanel() {
     for (QLineEdit* box : {p.txBrennweite, p.txOffset})
         connect(box, &QLineEdit::textChanged, this, quietSlot([this] { Balgen_einstellen(); }));
     connect(p.Bildbreite, &QLineEdit::textChanged, this,
-            guardedSlot(control_, [this] { scaleImageWidth(); }));
+            guardedSlot(rig_, [this] { scaleImageWidth(); }));
 
     connect(p.Slider1, &QSlider::sliderMoved, this, [this](int micrometres) {
-        runGuarded(control_.platform(), [&] { setFieldWidthFromSlider(micrometres); });
+        runGuarded(rig_.platform(), [&] { setFieldWidthFromSlider(micrometres); });
     });
     connect(p.Slider1, &QSlider::sliderReleased, this,
-            guardedSlot(control_, [this] { driveBellowsToSlider(); }));
+            guardedSlot(rig_, [this] { driveBellowsToSlider(); }));
     connect(p.Slider2, &QSlider::valueChanged, this, [this](int value) {
         for (QLabel* label : panel_.Label4) {
             QPalette palette = label->palette();
@@ -126,16 +131,16 @@ void Optics::connectPanel() {
         }
     });
     p.Slider2->installEventFilter(new ReleaseWatcher(this, [this](int button) {
-        runGuarded(control_.platform(), [&] {
-            if (control_.Controltyp() != 2) return;
-            control_.Output(button == 1 ? QStringLiteral("t%1#").arg(qAbs(panel_.Slider2->value()))
-                                        : QStringLiteral("b#"));
+        runGuarded(rig_.platform(), [&] {
+            if (rig_.Controltyp() != 2) return;
+            link_.Output(button == 1 ? QStringLiteral("t%1#").arg(qAbs(panel_.Slider2->value()))
+                                     : QStringLiteral("b#"));
         });
     }));
 }
 
 void Optics::storeOnEnter(const QString& section, const QString& key, const QString& text) {
-    control_.setini(section, key, text);
+    rig_.setini(section, key, text);
 }
 
 // With the direct display on, the image width typed is also kept scaled from the base to the
@@ -144,13 +149,13 @@ void Optics::scaleImageWidth() {
     if (!panel_.Direktanzeige->isChecked()) return;
     double width;
     try {
-        width = textToDouble(panel_.Bildbreite->text(), control_.locale());
+        width = textToDouble(panel_.Bildbreite->text(), rig_.locale());
     } catch (const RuntimeError&) {
         return;  // not a number (yet): the tag stays
     }
     const double scaled =
         divide(width * Val(panel_.SensorBreiteA->text()), Val(panel_.SensorBreiteP->text()));
-    setTag(panel_.Bildbreite, doubleToText(scaled, control_.locale()));
+    setTag(panel_.Bildbreite, doubleToText(scaled, rig_.locale()));
 }
 
 }  // namespace quendrix

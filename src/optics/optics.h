@@ -3,14 +3,14 @@
 #include <QObject>
 #include <QString>
 
-class ctlQuendrix;
-
 namespace quendrix {
 
 class Calibration;
 class Link;
 class Motion;
+class OpticalSetup;
 class Panel;
+class Rig;
 
 // The lenses and the field of view: the lens list kept in the settings file, the bellows
 // extension and the field of view it gives, and the boxes and sliders that feed them.
@@ -18,8 +18,10 @@ class Optics : public QObject {
     Q_OBJECT
 
 public:
-    Optics(ctlQuendrix& control, Panel& panel, Link& link, Motion& motion,
-           Calibration& calibration);
+    // objektiv and gesamtauszug are the control's public variables Objektiv (the selected
+    // lens's index as text) and Gesamtauszug (rings plus bellows extension, mm).
+    Optics(Rig& rig, Panel& panel, Link& link, Motion& motion, Calibration& calibration,
+           OpticalSetup& optical, QString& objektiv, double& gesamtauszug);
 
     // Lens list.
     void Optik_laden();
@@ -41,6 +43,10 @@ public:
     // Rings plus bellows extension, mm.
     double currentExtension() const;
 
+signals:
+    // The field of view changed; Bildbreite is its width in mm, formatted "###0.000".
+    void SehfeldNeu(const QString& Bildbreite);
+
 private:
     void connectPanel();
     // An axis reported a new position: the extension and the field of view follow it. Settings
@@ -57,11 +63,14 @@ private:
     void storeOnEnter(const QString& section, const QString& key, const QString& text);
     void scaleImageWidth();
 
-    ctlQuendrix& control_;
+    Rig& rig_;
     Panel& panel_;
     Link& link_;
     Motion& motion_;
     Calibration& calibration_;
+    OpticalSetup& optical_;
+    QString& objektiv_;
+    double& gesamtauszug_;
     double distanceMm_ = 0;
 };
 

@@ -1,4 +1,5 @@
 #include "settings/textformat.h"
+#include "settings/numbers.h"
 
 #include <algorithm>
 #include <charconv>
@@ -189,6 +190,11 @@ QString formatNumber(double value, const QString& pattern, const QLocale& locale
     if (!fraction.empty()) text += locale.decimalPoint() + latin(fraction);
     text += p.suffix;
     return text;
+}
+
+QString asCaption(const QString& text) {
+    constexpr qsizetype kLongestCaption = 1024;
+    return leftWhole(text, kLongestCaption);
 }
 
 }  // namespace quendrix

@@ -24,4 +24,9 @@ QString doubleToText(double value, const QLocale& locale);
 // An empty pattern gives the plain number text, one without digit places itself.
 QString formatNumber(double value, const QString& pattern, const QLocale& locale);
 
+// A text as a caption shows it: at most 1024 characters, a longer one is cut. The panel lays
+// itself out around its captions, and one of a million characters would make it millions of
+// pixels wide.
+QString asCaption(const QString& text);
+
 }  // namespace quendrix

@@ -1,14 +1,15 @@
 // Planning a stack: start and end on axis 0, the number of plane intervals, and from these
 // the steps between planes, the spacing in micrometres and the whole travel.
+#include "core/stepadvisor.h"
 #include "link/link.h"
 #include "motion/motion.h"
+#include "optics/opticalsetup.h"
 #include "settings/numbers.h"
+#include "settings/rig.h"
 #include "settings/textformat.h"
 #include "stacking/stacking.h"
-#include "stacking/stepadvisor.h"
 
 #include <quendrix/Panel.h>
-#include <quendrix/ctlQuendrix.h>
 
 #include <QLabel>
 #include <QLineEdit>
@@ -29,7 +30,7 @@ void paintText(QLineEdit* box, const QColor& colour) {
 
 void Stacking::Ebenen_Change() {
     Panel& p = panel_;
-    const QLocale locale = control_.locale();
+    const QLocale locale = rig_.locale();
     Bereich = toLong(std::fabs(Val(p.BEnde[0]->text()) - Val(p.BBeginn[0]->text())));
     const double planes = Val(p.Ebenen->text());
     if (planes > Bereich) {
@@ -72,10 +73,10 @@ void Stacking::Ende_MouseUp(int button) {
 // The left button takes the axis's position into the field; the right drives the axis there.
 void Stacking::takePosition(QLineEdit* field, int button) {
     if (button == 1) {
-        field->setText(QString::number(link_.AchsPosition[0]));
+        field->setText(QString::number(link_.AchsPosition()[0]));
         Ebenen_Change();
     } else if (button == 2) {
-        motion_.Position_anfahren(textToLong(field->text(), control_.locale()), 0, 1);
+        motion_.Position_anfahren(textToLong(field->text(), rig_.locale()), 0, 1);
     }
 }
 
@@ -84,9 +85,9 @@ void Stacking::suggestSpacing() {
     suggestedPlanes_ = 0;
     std::optional<SpacingSuggestion> advice;
     try {
-        const QLocale locale = control_.locale();
+        const QLocale locale = rig_.locale();
         advice = quendrix::suggestSpacing(
-            control_.Sensorbreite(), textToDouble(control_.Sehfeld(), locale),
+            optical_.Sensorbreite(), textToDouble(optical_.Sehfeld(), locale),
             textToDouble(aperture_->text(), locale), textToDouble(confusion_->text(), locale),
             motion_.Schritte_in_mm(0, Bereich).mm);
     } catch (const RuntimeError&) {
@@ -98,12 +99,12 @@ void Stacking::suggestSpacing() {
         return;
     }
     suggestedPlanes_ = advice->intervals;
-    suggestion_->setText(tr("Vorschlag: %1 Ebenen im Abstand von %2 (Schärfentiefe %3)")
-                             .arg(advice->intervals)
-                             .arg(formatNumber(advice->spacingMm * 1000,
-                                               QStringLiteral("#,##0.0 µ"), control_.locale()),
-                                  formatNumber(advice->depthOfFieldMm * 1000,
-                                               QStringLiteral("#,##0.0 µ"), control_.locale())));
+    suggestion_->setText(
+        tr("Vorschlag: %1 Ebenen im Abstand von %2 (Schärfentiefe %3)")
+            .arg(advice->intervals)
+            .arg(formatNumber(advice->spacingMm * 1000, QStringLiteral("#,##0.0 µ"), rig_.locale()),
+                 formatNumber(advice->depthOfFieldMm * 1000, QStringLiteral("#,##0.0 µ"),
+                              rig_.locale())));
 }
 
 void Stacking::takeSuggestion() {

@@ -2,14 +2,15 @@
 // waits for its release and, in a stack, moves axis 0 one plane.
 #include "link/link.h"
 #include "motion/motion.h"
+#include "optics/opticalsetup.h"
 #include "settings/numbers.h"
+#include "settings/rig.h"
 #include "settings/settingnumbers.h"
 #include "settings/textformat.h"
 #include "settings/wait.h"
 #include "stacking/stacking.h"
 
 #include <quendrix/Panel.h>
-#include <quendrix/ctlQuendrix.h>
 
 #include <QCheckBox>
 #include <QLabel>
@@ -26,9 +27,9 @@ constexpr double kPlaneMoveSeconds = 6;  // a plane move that takes longer is no
 }  // namespace
 
 void Stacking::raiseFieldOfView() {
-    const QLocale locale = control_.locale();
-    emit control_.SehfeldNeu(
-        formatNumber(textToDouble(control_.Sehfeld(), locale), QStringLiteral("###0.000"), locale));
+    const QLocale locale = rig_.locale();
+    emit SehfeldNeu(
+        formatNumber(textToDouble(optical_.Sehfeld(), locale), QStringLiteral("###0.000"), locale));
 }
 
 // The layer counter as the caption shows it: what follows ": ".
@@ -40,8 +41,8 @@ QString Stacking::layerCount() const {
 void Stacking::AutoKomb_Click() {
     Panel& p = panel_;
     if (Val(p.Schrittzahl->text()) <= 0) {
-        control_.platform().messageBox(tr("Bereich ist kleiner als die Anzahl der Ebenen !"),
-                                       MsgBox::OKOnly, {});
+        rig_.platform().messageBox(tr("Bereich ist kleiner als die Anzahl der Ebenen !"),
+                                   MsgBox::OKOnly, {});
         return;
     }
     setTag(p.AutoKomb, QString());
@@ -50,18 +51,18 @@ void Stacking::AutoKomb_Click() {
     // Approach the start from one millimetre beyond it (a hundredth on the microscope), so
     // every plane is reached from the same side.
     double beyond = divide(Val(p.Schritte[0]->text()), Val(p.Steigung[0]->text()));
-    if (control_.Controltyp() == 2) beyond /= 100;
+    if (rig_.Controltyp() == 2) beyond /= 100;
     const double start = Val(p.BBeginn[0]->text());
     motion_.Position_anfahren(toLong(start + beyond), 0, 1);
     waiter_.doEvents();
-    if (control_.Controltyp() != 1) control_.Output(QStringLiteral("y1#"));
+    if (rig_.Controltyp() != 1) link_.Output(QStringLiteral("y1#"));
     motion_.Position_anfahren(toLong(start), 0, -1);
     waiter_.doEvents();
 
     setTag(p.AutoKomb, kActive);
     Ebenenzaehler = checkedAdd<qint32>(toLong(Val(p.Ebenen->text())), 1);
     planesTotal_ = Ebenenzaehler;
-    runStart_ = control_.platform().now();
+    runStart_ = rig_.platform().now();
     p.Timer3->setInterval(toLong(2 * Val(p.wartezeit->text())));  // the first pause is doubled
     Kamera_bereit = true;
     p.Timer3->start();
@@ -94,7 +95,7 @@ void Stacking::Schicht_Click() {
     if (layer == 1) panel_.Combine->setEnabled(true);
     panel_.Schicht->setText(Panel::tr("Schicht: %1").arg(layer));
     Kamera_bereit = false;
-    emit control_.Schicht(QString::number(layer));
+    emit Schicht(QString::number(layer));
 }
 
 // After each picture: the host's release, then the next plane (or the end).
@@ -107,16 +108,16 @@ void Stacking::Fortsetzung() {
             return;
         }
         const double steps = Val(p.Schrittzahl->text());
-        const qint32 motor = control_.MotorArt0();
+        const qint32 motor = rig_.MotorArt0();
         QCheckBox* speed = p.Check0[6];
         const int mode = motor == 1 ? 2 : (steps > 1000 ? 1 : (steps > 100 ? 0 : 2));
         if ((motor == 0 || motor == 1) && value(speed) != mode) setValue(speed, mode);
         const QString count = doubleToText(steps, QLocale::c());
         const quint64 finishedBefore = link_.finishedMoves(0);
         if (motor == 0)
-            control_.Output(QStringLiteral("t") + count + QLatin1Char('#'));
+            link_.Output(QStringLiteral("t") + count + QLatin1Char('#'));
         else if (motor == 1)
-            control_.Output(QStringLiteral("t-") + count + QLatin1Char('#'));
+            link_.Output(QStringLiteral("t-") + count + QLatin1Char('#'));
         // The board reports a move's start before it acknowledges it: the "|F" seen now is
         // this plane's end. A move that takes longer than 6 s is not waited for.
         waiter_.waitFor([this, finishedBefore] { return link_.moveEnded(0, finishedBefore); },
@@ -126,7 +127,7 @@ void Stacking::Fortsetzung() {
     }
     if (tag(p.AutoKomb) != kActive) {
         setTag(p.Mittelw, QString());
-        emit control_.Mittelwert(layerCount());
+        emit Mittelwert(layerCount());
         Ebenenzaehler = seriesLength() - 1;
         Zuruecksetzen();
         showProgress();
@@ -134,15 +135,15 @@ void Stacking::Fortsetzung() {
     }
     setTag(p.AutoKomb, QString());
     if (value(p.Check0[6]) != 1) setValue(p.Check0[6], 1);
-    if (control_.Controltyp() != 1) control_.Output(QStringLiteral("y0#"));
+    if (rig_.Controltyp() != 1) link_.Output(QStringLiteral("y0#"));
     if (Ebenenzaehler == 0) Combine_Click();
     Ebenenzaehler = toLong(Val(p.Ebenen->text()));
     showProgress();
 }
 
 qint32 Stacking::seriesLength() {
-    return control_.settingNumbers().wholeNumber(QStringLiteral("Verzeichnis"),
-                                                 QStringLiteral("Serie"), QStringLiteral("10"));
+    return rig_.settingNumbers().wholeNumber(QStringLiteral("Verzeichnis"), QStringLiteral("Serie"),
+                                             QStringLiteral("10"));
 }
 
 void Stacking::Mittelw_Click() {
@@ -151,7 +152,7 @@ void Stacking::Mittelw_Click() {
     raiseFieldOfView();
     Ebenenzaehler = seriesLength();
     planesTotal_ = Ebenenzaehler;
-    runStart_ = control_.platform().now();
+    runStart_ = rig_.platform().now();
     p.Timer3->setInterval(toLong(Val(p.wartezeit->text())));
     setTag(p.Mittelw, kActive);
     Timer3_Timer();  // the first picture without delay
@@ -159,13 +160,13 @@ void Stacking::Mittelw_Click() {
 
 void Stacking::Combine_Click() {
     link_.waitForRelease(QStringLiteral("Sub Combine_click"));
-    emit control_.Kombinieren(layerCount());
+    emit Kombinieren(layerCount());
     Zuruecksetzen();
 }
 
 void Stacking::Kopie_Click() {
     raiseFieldOfView();
-    emit control_.Kopie();
+    emit Kopie();
 }
 
 void Stacking::Zuruecksetzen() {
@@ -174,7 +175,7 @@ void Stacking::Zuruecksetzen() {
 }
 
 void Stacking::Reset(qint16 axis) {
-    control_.Output(QString(QChar('x' - 32 * (axis % 2))) + QLatin1Char('#'));
+    link_.Output(QString(QChar('x' - 32 * (axis % 2))) + QLatin1Char('#'));
 }
 
 // The left button on a picture: those of the two axes and the first reference point reset
@@ -185,7 +186,7 @@ void Stacking::Image1_MouseUp(int index, int button) {
     if (index <= 2)
         Reset(qint16(index));
     else
-        control_.Output(index == 3 ? QStringLiteral("G#") : QStringLiteral("H#"));
+        link_.Output(index == 3 ? QStringLiteral("G#") : QStringLiteral("H#"));
 }
 
 void Stacking::Kamera_aktiv(bool enabled) {
@@ -201,7 +202,7 @@ void Stacking::showProgress() {
     const int taken = planesTotal_ - Ebenenzaehler;
     QString text = tr("Bild %1 von %2").arg(taken).arg(planesTotal_);
     if (taken > 0) {
-        const double perPicture = (control_.platform().now() - runStart_) / taken;
+        const double perPicture = (rig_.platform().now() - runStart_) / taken;
         text += tr(", noch etwa %1 s").arg(std::lround(perPicture * Ebenenzaehler));
     }
     progress_->setText(text);

@@ -4,9 +4,9 @@
 #include "link/link.h"
 #include "settings/guard.h"
 #include "settings/mousebuttons.h"
+#include "settings/rig.h"
 
 #include <quendrix/Panel.h>
-#include <quendrix/ctlQuendrix.h>
 
 #include <QGridLayout>
 #include <QGroupBox>
@@ -19,8 +19,9 @@
 
 namespace quendrix {
 
-Stacking::Stacking(ctlQuendrix& control, Panel& panel, Link& link, Motion& motion, Waiter& waiter)
-    : control_(control), panel_(panel), link_(link), motion_(motion), waiter_(waiter) {
+Stacking::Stacking(Rig& rig, Panel& panel, Link& link, Motion& motion, OpticalSetup& optical,
+                   Waiter& waiter)
+    : rig_(rig), panel_(panel), link_(link), motion_(motion), optical_(optical), waiter_(waiter) {
     buildAdvisor();
     connectPanel();
 }
@@ -28,22 +29,18 @@ Stacking::Stacking(ctlQuendrix& control, Panel& panel, Link& link, Motion& motio
 void Stacking::connectPanel() {
     Panel& p = panel_;
     connect(p.AutoKomb, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { AutoKomb_Click(); }));
-    connect(p.Mittelw, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { Mittelw_Click(); }));
-    connect(p.Schicht, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { Schicht_Click(); }));
-    connect(p.Combine, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { Combine_Click(); }));
-    connect(p.Kopie, &QPushButton::clicked, this, guardedSlot(control_, [this] { Kopie_Click(); }));
-    connect(p.Kopie2, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { Kopie_Click(); }));
-    connect(p.Timer3, &QTimer::timeout, this, guardedSlot(control_, [this] { Timer3_Timer(); }));
+            guardedSlot(rig_, [this] { AutoKomb_Click(); }));
+    connect(p.Mittelw, &QPushButton::clicked, this, guardedSlot(rig_, [this] { Mittelw_Click(); }));
+    connect(p.Schicht, &QPushButton::clicked, this, guardedSlot(rig_, [this] { Schicht_Click(); }));
+    connect(p.Combine, &QPushButton::clicked, this, guardedSlot(rig_, [this] { Combine_Click(); }));
+    connect(p.Kopie, &QPushButton::clicked, this, guardedSlot(rig_, [this] { Kopie_Click(); }));
+    connect(p.Kopie2, &QPushButton::clicked, this, guardedSlot(rig_, [this] { Kopie_Click(); }));
+    connect(p.Timer3, &QTimer::timeout, this, guardedSlot(rig_, [this] { Timer3_Timer(); }));
     // While the number of planes is being typed it is often no number yet; the plan follows
     // once it is one.
     connect(p.Ebenen, &QLineEdit::textChanged, this, quietSlot([this] { Ebenen_Change(); }));
     connect(p.Schrittzahl, &QLineEdit::textChanged, this,
-            guardedSlot(control_, [this] { Schrittzahl_Change(); }));
+            guardedSlot(rig_, [this] { Schrittzahl_Change(); }));
     for (QWidget* watched : {static_cast<QWidget*>(p.AutoKomb), static_cast<QWidget*>(p.Beginn),
                              static_cast<QWidget*>(p.Ende)})
         watched->installEventFilter(this);
@@ -66,7 +63,7 @@ bool Stacking::eventFilter(QObject* watched, QEvent* event) {
     }
     if (event->type() == QEvent::MouseButtonRelease) {
         const int code = mouseButtonCode(event);
-        runGuarded(control_.platform(), [&] {
+        runGuarded(rig_.platform(), [&] {
             if (watched == panel_.AutoKomb)
                 AutoKomb_MouseUp(code);
             else if (watched == panel_.Beginn)
@@ -93,9 +90,9 @@ void Stacking::buildAdvisor() {
     auto* advisor = new QGridLayout;
     aperture_ = new QLineEdit(QStringLiteral("8"), frame);
     aperture_->setObjectName(QStringLiteral("Blende"));
-    confusion_ = new QLineEdit(control_.locale().toString(0.03), frame);
+    confusion_ = new QLineEdit(rig_.locale().toString(0.03), frame);
     confusion_->setObjectName(QStringLiteral("Zerstreuungskreis"));
-    confusionLocale_ = control_.locale();
+    confusionLocale_ = rig_.locale();
     confusion_->installEventFilter(this);
     suggestion_ = new QLabel(frame);
     suggestion_->setObjectName(QStringLiteral("Vorschlag"));
@@ -118,9 +115,7 @@ void Stacking::buildAdvisor() {
     }
     for (QLineEdit* input : {aperture_, confusion_})
         connect(input, &QLineEdit::textChanged, this, quietSlot([this] { suggestSpacing(); }));
-    connect(&control_, &ctlQuendrix::SehfeldNeu, this, quietSlot([this] { suggestSpacing(); }));
-    connect(take_, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { takeSuggestion(); }));
+    connect(take_, &QPushButton::clicked, this, guardedSlot(rig_, [this] { takeSuggestion(); }));
     suggestSpacing();
 }
 

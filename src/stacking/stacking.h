@@ -7,13 +7,14 @@
 class QLabel;
 class QLineEdit;
 class QPushButton;
-class ctlQuendrix;
 
 namespace quendrix {
 
 class Link;
 class Motion;
+class OpticalSetup;
 class Panel;
+class Rig;
 class Waiter;
 
 // Focus stacks and averaging series. Planning derives the step between planes from the start,
@@ -25,7 +26,8 @@ class Stacking : public QObject {
     Q_OBJECT
 
 public:
-    Stacking(ctlQuendrix& control, Panel& panel, Link& link, Motion& motion, Waiter& waiter);
+    Stacking(Rig& rig, Panel& panel, Link& link, Motion& motion, OpticalSetup& optical,
+             Waiter& waiter);
 
     qint32 Ebenenzaehler = 0;  // pictures still to take in the current sequence
     bool Kamera_bereit = false;
@@ -55,9 +57,20 @@ public:
     qint32 seriesLength();
 
     // The plane spacing the optics suggest for an aperture and a circle of confusion (mm), and
-    // the planes it takes over the planned range; see stepadvisor.h.
+    // the planes it takes over the planned range; see stepadvisor.h. It follows every new
+    // field of view.
     void suggestSpacing();
     void takeSuggestion();
+
+signals:
+    // The control's events of a run: a plane is ready for its picture, an
+    // averaging series or a stack is complete, a copy picture is asked for, and the field of
+    // view is announced at a run's start.
+    void Schicht(const QString& Nr);
+    void Kopie();
+    void Mittelwert(const QString& Anzahl);
+    void Kombinieren(const QString& Anzahl);
+    void SehfeldNeu(const QString& Bildbreite);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -71,10 +84,11 @@ private:
     QString layerCount() const;
     void showProgress();
 
-    ctlQuendrix& control_;
+    Rig& rig_;
     Panel& panel_;
     Link& link_;
     Motion& motion_;
+    OpticalSetup& optical_;
     Waiter& waiter_;
 
     // What the operator sees of a running stack, beside the documented captions.

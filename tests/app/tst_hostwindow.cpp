@@ -3,6 +3,7 @@
 // fused, an averaging series is really averaged; a stack is stopped reliably in every phase,
 // paused for as long as wanted, stopped at a limit switch, and kept as a preset per rig type.
 #include "camera/subject.h"
+#include "control/internals.h"
 #include "fusion/fusion.h"
 #include "hostwindow.h"
 #include "language/language.h"
@@ -105,8 +106,8 @@ class TestHostWindow : public QObject {
         panel.setinifile(dir_.filePath("rig_L.ini"));
         panel.MSComm1()->setPortName(pty_->devicePath());
         if (!panel.MSComm1()->open(QIODevice::ReadWrite)) qFatal("the port did not open");
-        panel.link()->bQuittiert = true;
-        panel.motion()->maxPosition[0] = 100000;
+        quendrix::internals(panel).link()->setQuittiert(true);
+        quendrix::internals(panel).motion()->maxPosition[0] = 100000;
         p.Steigung[0]->setText("1");
         p.Schritte[0]->setText("400");
         p.Taktpause[0]->setText("200");

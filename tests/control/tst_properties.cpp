@@ -1,6 +1,7 @@
 // The control shell: design-time properties, the container hooks with their property bag,
 // the INI file the control finds for itself, and the settings utilities it offers hosts.
 #include "control/hostfolder.h"
+#include "control/internals.h"
 #include "link/link.h"
 #include "settings/guard.h"
 #include "support/errors.h"
@@ -344,9 +345,9 @@ private slots:
         socket->connectToHost(QHostAddress::LocalHost, board.serverPort());
         QVERIFY(socket->waitForConnected(5000) && board.waitForNewConnection(5000));
         QTcpSocket* peer = board.nextPendingConnection();
-        control->link()->bQuittiert = false;
+        quendrix::internals(control).link()->setQuittiert(false);
         control->Terminate();
-        QVERIFY(control->link()->bQuittiert);
+        QVERIFY(quendrix::internals(control).link()->bQuittiert());
         QCOMPARE(socket->state(), QAbstractSocket::UnconnectedState);
         QVERIFY(peer->state() == QAbstractSocket::UnconnectedState ||
                 peer->waitForDisconnected(5000));

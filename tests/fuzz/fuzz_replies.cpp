@@ -3,6 +3,7 @@
 //
 // The input: one byte of choices (bit 0 the socket, bits 1-2 the identification characters,
 // bit 3 an expected "|F"), then arrivals, each a length byte and its bytes.
+#include "control/internals.h"
 #include "fuzzinput.h"
 #include "link/link.h"
 #include "support/testplatform.h"
@@ -60,14 +61,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::uint8_t choices = input.byte();
     const bool socket = choices & 1;
     ctlQuendrix& control = rig->control;
-    quendrix::Link& link = *control.link();
-    link.sRest.clear();
-    link.sEmpfang.clear();
-    link.sKennText = {};
-    link.AchsPosition = {0, 0};
-    link.encoder = {0, 0};
-    link.bQuittiert = false;
-    link.sErwartet = choices & 8 ? QStringLiteral("|F") : QStringLiteral("T|");
+    quendrix::Link& link = *quendrix::internals(control).link();
+    link.forgetReceived();
+    link.setErwartet(choices & 8 ? QStringLiteral("|F") : QStringLiteral("T|"));
     control.setKennung(kennungen[(choices >> 1) & 3]);
     control.wifi = socket;
     rig->platform.messages.clear();
@@ -75,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     while (!input.atEnd())
         link.received(input.piece(), socket);
     // What is left complete in the remainder is evaluated as the next arrivals would.
-    while (link.sRest.contains(QStringLiteral("\r\n")))
+    while (link.sRest().contains(QStringLiteral("\r\n")))
         control.Auswerten(QString(), socket);
     return 0;
 }

@@ -1,5 +1,6 @@
 // The command channel against the board simulator over a real pseudo-terminal and a real
 // loopback socket, on the scripted clock (the simulator runs on the same clock).
+#include "control/internals.h"
 #include "support/simrig.h"
 
 #include <quendrix/ctlQuendrix.h>
@@ -39,13 +40,13 @@ class TestChannel : public QObject {
         if (!rig_->start(options, socket)) return false;
         control_ = rig_->control.get();
         control_->setKennung(QStringLiteral("qQ"));
-        link_ = control_->link();
+        link_ = quendrix::internals(control_).link();
         return true;
     }
     void settle(double seconds) { rig_->settle(seconds); }
     // Waits (on the scripted clock) until an axis reports the end of its move.
     bool waitForEnd(int axis) {
-        return rig_->waitFor([this, axis] { return link_->sKennText[axis].contains(u"|F"); });
+        return rig_->waitFor([this, axis] { return link_->sKennText()[axis].contains(u"|F"); });
     }
     QStringList commandsReceived() const {
         QStringList commands;
@@ -55,7 +56,7 @@ class TestChannel : public QObject {
     }
 
     State state() const {
-        return {link_->AchsPosition, link_->encoder, link_->sKennText,
+        return {link_->AchsPosition(), link_->encoder(), link_->sKennText(),
                 quendrix::tag(control_->panel()->micro0[0])};
     }
 
@@ -88,35 +89,35 @@ private slots:
         control_->Output(QStringLiteral("v#"));
         control_->Output(QStringLiteral("t500#"));
         // The board reported the start before it acknowledged: no stale end is left over.
-        QVERIFY(!link_->sKennText[0].contains(QStringLiteral("|F")));
+        QVERIFY(!link_->sKennText()[0].contains(QStringLiteral("|F")));
         QVERIFY(waitForEnd(0));
-        QCOMPARE(link_->AchsPosition[0], 500);
-        QCOMPARE(link_->encoder[0], 500);
+        QCOMPARE(link_->AchsPosition()[0], 500);
+        QCOMPARE(link_->encoder()[0], 500);
         QCOMPARE(control_->panel()->lblPosition1[0]->text(), QStringLiteral("500"));
 
         control_->Output(QStringLiteral("t300#"));
-        QVERIFY(!link_->sKennText[0].contains(QStringLiteral("|F")));
+        QVERIFY(!link_->sKennText()[0].contains(QStringLiteral("|F")));
         QVERIFY(waitForEnd(0));
-        QCOMPARE(link_->AchsPosition[0], 800);
+        QCOMPARE(link_->AchsPosition()[0], 800);
         QCOMPARE(commandsReceived(), QStringList({"w100#", "v#", "t500#", "t300#"}));
 
         // Axis 1 and its query answer with the micro-step division.
         control_->Output(QStringLiteral("G2#"));
         control_->Output(QStringLiteral("?1#\r\n"));
         settle(0.2);
-        QVERIFY(link_->sKennText[1].contains(QStringLiteral("?|")));
+        QVERIFY(link_->sKennText()[1].contains(QStringLiteral("?|")));
         QCOMPARE(quendrix::tag(control_->panel()->micro1[0]), QStringLiteral("2"));
     }
 
     void backlashIsAcknowledgedByTheEndOfTheTakeUp() {
         QVERIFY(connect(false));
         control_->Output(QStringLiteral("a40#"));
-        link_->backlash[0] = 40;
+        link_->setBacklash(0, 40);
         control_->Output(QStringLiteral("w1000#"));  // 40 steps take 40 ms
         const double start = rig_->platform.now();
         control_->Output(QStringLiteral("z#"));
-        QCOMPARE(link_->sErwartet, QStringLiteral("|F"));
-        QVERIFY(link_->sKennText[0].contains(QStringLiteral("|F")));
+        QCOMPARE(link_->sErwartet(), QStringLiteral("|F"));
+        QVERIFY(link_->sKennText()[0].contains(QStringLiteral("|F")));
         QVERIFY(rig_->platform.now() - start >= 0.04 && rig_->platform.now() - start < 0.5);
     }
 
@@ -158,12 +159,12 @@ private slots:
         options.faults.bootDelay = 1.5;
         QVERIFY(connect(false, options));  // the port was opened just now
         control_->Output(QStringLiteral("?#\r\n"));
-        QCOMPARE(link_->sKennText[1], QString());
+        QCOMPARE(link_->sKennText()[1], QString());
         settle(1.5);
-        link_->bQuittiert = true;
+        link_->setQuittiert(true);
         control_->Output(QStringLiteral("?#\r\n"));
-        QCOMPARE(link_->sKennText[1], QStringLiteral("Arduino Photostand"));
-        QCOMPARE(link_->sLetzteZeile, QStringLiteral("Arduino Photostand"));
+        QCOMPARE(link_->sKennText()[1], QStringLiteral("Arduino Photostand"));
+        QCOMPARE(link_->sLetzteZeile(), QStringLiteral("Arduino Photostand"));
         QCOMPARE(control_->panel()->Text1[0]->text(), QStringLiteral("_> Arduino Photostand"));
     }
 

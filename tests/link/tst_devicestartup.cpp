@@ -1,6 +1,7 @@
 // Device start-up against the board simulator: what the board is told and in which order, what
 // the panel shows afterwards, boards that are not known, and settings files that are empty,
 // complete or damaged.
+#include "control/internals.h"
 #include "lighting/lighting.h"
 #include "link/link.h"
 #include "motion/motion.h"
@@ -85,8 +86,8 @@ private slots:
                  "1,25|1600|48");
         QCOMPARE(p.Sensor_breite->text() + "|" + p.SensorBreiteA->text(), "22,5|1024");
         QCOMPARE(p.Label13[0]->text() + "|" + p.Label13[1]->text(), "560000|4050");
-        QCOMPARE(control().motion()->maxPosition[1], 4050);
-        QCOMPARE(control().stacking()->Serie, 10);
+        QCOMPARE(quendrix::internals(control()).motion()->maxPosition[1], 4050);
+        QCOMPARE(quendrix::internals(control()).stacking()->Serie, 10);
         QVERIFY(p.Licht[0]->isChecked() && p.obMotor[0]->isChecked());
         QVERIFY(p.cbMikroschritt[0]->isEnabled() && p.cbMikroschritt[1]->isEnabled());
         QVERIFY(p.Frame4->isEnabled() && p.B_AUF[0]->isEnabled());  // the bellows can be used
@@ -126,9 +127,11 @@ private slots:
         QVERIFY(p.micro0[3]->isChecked() && p.micro1[2]->isChecked());
         QCOMPARE(quendrix::tag(p.micro0[0]), "3");
         QCOMPARE(p.lblPosition1[0]->text() + "|" + p.lblPosition2[0]->text(), "1200|6,00");
-        QCOMPARE(link.AchsPosition, (std::array<qint32, 2>{1200, 250}));
-        QCOMPARE(link.backlash, (std::array<qint32, 2>{4, 2}));
-        QCOMPARE(control().motion()->minEncoder[0] + control().motion()->maxEncoder[1], -20 + 50);
+        QCOMPARE(link.AchsPosition(), (std::array<qint32, 2>{1200, 250}));
+        QCOMPARE(link.backlash(), (std::array<qint32, 2>{4, 2}));
+        QCOMPARE(quendrix::internals(control()).motion()->minEncoder[0] +
+                     quendrix::internals(control()).motion()->maxEncoder[1],
+                 -20 + 50);
         QVERIFY(!p.ENC[0]->isChecked() && p.ENC[1]->isChecked() && p.E_Typ[0]->isChecked());
         QCOMPARE(p.Encoderart[0]->text(), "Digital");
         QVERIFY(p.cbDrehrichtungArduino[0]->isChecked() && p.cbEndschalter[1]->isChecked());
@@ -139,7 +142,7 @@ private slots:
         QCOMPARE(p.Schrittzahl->text() + "|" + p.Weglaenge->text(), "114|19,95");
         QCOMPARE(quendrix::tag(p.Slider1), "OK");
         QCOMPARE(p.Sensor_breite->text() + "|" + p.Zwischenringe->text(), "23,6|12");
-        QCOMPARE(control().stacking()->Serie, 77);
+        QCOMPARE(quendrix::internals(control()).stacking()->Serie, 77);
         QVERIFY(!p.Frame13[1]->isHidden() && p.Frame13[0]->isHidden() && p.Licht[3]->isChecked());
     }
 
@@ -154,7 +157,7 @@ private slots:
         QCOMPARE(panel().lbObjektiv[2]->text(), "Lupe 5x");
         QCOMPARE(panel().lbObjektiv[3]->text(), third);
         QCOMPARE(panel().HScroll1[0]->value() + panel().HScroll1[1]->value() * 1000, 40 + 255000);
-        QVERIFY(rig_->link().bBereit);
+        QVERIFY(rig_->link().bBereit());
     }
 
     // The division goes to the board at once; a second start-up sends the same sequence again.
@@ -229,13 +232,13 @@ private slots:
         QFETCH(QStringList, shown);
         QFETCH(bool, ready);
         QVERIFY(start(Rig(kind), 0, "[Stativ]\nLichtregler1=0\n", powerOff));
-        rig_->link().sKennText[1] = earlierLine;
+        rig_->link().setKennText(1, earlierLine);
         QSignalSpy readiness(&control(), &ctlQuendrix::Bereitschaft);
         const Commands sent = startUp();
         QCOMPARE(messages(), shown);
         QCOMPARE(readiness.size(), 1);
         QCOMPARE(readiness[0][0].toBool(), ready);
-        QCOMPARE(rig_->link().bBereit, ready);
+        QCOMPARE(rig_->link().bBereit(), ready);
         if (!ready) QCOMPARE(sent, Commands({"?#"}));
         QVERIFY(panel().HScroll1[1]->isHidden() && !panel().HScroll1[0]->isHidden());
     }
@@ -243,7 +246,7 @@ private slots:
     void unknownRigTypeIsReadyUnconfigured() {
         QVERIFY(start(Rig::Bellows, 5, "[Stativ0]\nTaktpause=100\n"));
         QCOMPARE(startUp(), Commands({"?#"}));
-        QVERIFY(rig_->link().bBereit);
+        QVERIFY(rig_->link().bBereit());
         QCOMPARE(messages(), QStringList());
     }
 
@@ -264,11 +267,11 @@ private slots:
                            "w0#", "g-1#", "?1#", "W8000#",   "W-1500#", "G-5#", "M4050#", "P0#",
                            "C0#", "T1#",  "A0#", "l1#",      "L0#",     "d0#",  "l1#",    "L0#"}));
         QCOMPARE(messages(), QStringList());
-        QVERIFY(rig_->link().bBereit);
+        QVERIFY(rig_->link().bBereit());
         QCOMPARE(control().Mikroschritt0(), qint16(0));
-        QCOMPARE(control().lighting()->DLicht, qint16(0));
+        QCOMPARE(quendrix::internals(control()).lighting()->DLicht, qint16(0));
         QCOMPARE(panel().Sensor_breite->text(), "0");
-        QCOMPARE(control().stacking()->Serie, 10);
+        QCOMPARE(quendrix::internals(control()).stacking()->Serie, 10);
         QCOMPARE(quendrix::tag(panel().Taktpause[1]), "8000");
         QVERIFY(!panel().HScroll1[0]->isHidden());
 

@@ -1,7 +1,8 @@
 // Opening the link and identifying the board, over a real pseudo-terminal and a real loopback
 // socket, against the board simulator on the scripted clock.
-#include "link/startup.h"
+#include "control/internals.h"
 #include "motion/motion.h"
+#include "startup/startup.h"
 #include "support/simrig.h"
 
 #include <QCheckBox>
@@ -123,11 +124,11 @@ private slots:
         control_->setini(QStringLiteral("EOS"), QStringLiteral("Objektiv0_1"),
                          QStringLiteral("Makro 100"));
         control_->Comm_Starten();
-        QVERIFY(control_->link()->bBereit);
+        QVERIFY(quendrix::internals(control_).link()->bBereit());
         quendrix::Panel& p = *control_->panel();
         control_->setMikroschritt0(1);  // micro-stepping offered,
         p.micro0[3]->setChecked(true);  // with division 8
-        control_->motion()->Position_anfahren(1234, 0, -1);
+        quendrix::internals(control_).motion()->Position_anfahren(1234, 0, -1);
         p.HScroll1[0]->setValue(100);
         p.cbOptik->setCurrentIndex(2);
         const QString pause = p.Taktpause[0]->text();
@@ -145,8 +146,8 @@ private slots:
         control_->setini(QStringLiteral("Platz0"), QStringLiteral("port"), rig_->devicePath);
         control_->Comm_Starten();
         quendrix::Panel& again = *control_->panel();
-        QVERIFY(control_->link()->bBereit);
-        QCOMPARE(control_->link()->AchsPosition[0], 1234);
+        QVERIFY(quendrix::internals(control_).link()->bBereit());
+        QCOMPARE(quendrix::internals(control_).link()->AchsPosition()[0], 1234);
         QCOMPARE(rig_->board->axis(0).position, 1234);  // the board was told where it stands
         QCOMPARE(quendrix::tag(again.micro0[0]), QStringLiteral("3"));
         QVERIFY(again.micro0[3]->isChecked());

@@ -1,4 +1,5 @@
 // Reply evaluation and the handshake rules, fed directly with text (no transport).
+#include "control/internals.h"
 #include "link/link.h"
 #include "link/replyline.h"
 #include "support/testplatform.h"
@@ -30,20 +31,20 @@ struct Observed {
 };
 
 Observed observe(ctlQuendrix& control) {
-    const Link& link = *control.link();
+    const Link& link = *quendrix::internals(control).link();
     const Panel& p = *control.panel();
-    return {link.AchsPosition,
-            link.encoder,
-            link.sKennText,
+    return {link.AchsPosition(),
+            link.encoder(),
+            link.sKennText(),
             {p.Text1[0]->text(), p.Text1[1]->text(), p.lblPosition[0]->text(),
              p.lblPosition1[1]->text(), p.lblPosition2[0]->text(), p.lblEncoder[1]->text(),
              p.lblOptik->text(), quendrix::tag(p.micro0[0]), quendrix::tag(p.micro1[0])},
-            link.bQuittiert};
+            link.bQuittiert()};
 }
 
 // Evaluates what is left in the remainder, as the next arrivals or Output's drain would.
 void drain(ctlQuendrix& control) {
-    while (control.link()->sRest.contains(QStringLiteral("\r\n")))
+    while (quendrix::internals(control).link()->sRest().contains(QStringLiteral("\r\n")))
         control.Auswerten({}, false);
 }
 
@@ -64,7 +65,7 @@ private slots:
         control_->setPlatform(&platform_);
         control_->setLocale(QLocale(QLocale::German));
         control_->setKennung(QStringLiteral("qQ"));
-        link_ = control_->link();
+        link_ = quendrix::internals(control_).link();
         p_ = control_->panel();
         p_->Schritte[0]->setText(QStringLiteral("400"));
         p_->Steigung[0]->setText(QStringLiteral("1"));
@@ -85,27 +86,27 @@ private slots:
     void anAcknowledgementEndsTheArrivalAndKeepsTheRest() {
         QSignalSpy moved(link_, &Link::positionReported);
         control_->Auswerten(QStringLiteral("Q|1!\r\nq #1200 ~1180 |B\r\n"), false);
-        QVERIFY(link_->bQuittiert);
-        QCOMPARE(link_->AchsPosition[0], 0);
-        QCOMPARE(link_->sRest, QStringLiteral("q #1200 ~1180 |B\r\n"));
+        QVERIFY(link_->bQuittiert());
+        QCOMPARE(link_->AchsPosition()[0], 0);
+        QCOMPARE(link_->sRest(), QStringLiteral("q #1200 ~1180 |B\r\n"));
         QCOMPARE(p_->Text1[1]->text(), QStringLiteral("_> Q|1!"));
         control_->Auswerten({}, true);
-        QCOMPARE(link_->AchsPosition[0], 1200);
-        QCOMPARE(link_->encoder[0], 1180);
+        QCOMPARE(link_->AchsPosition()[0], 1200);
+        QCOMPARE(link_->encoder()[0], 1180);
         QCOMPARE(p_->Text1[1]->text(), QStringLiteral("=> q #1200 ~1180 |B"));
         QCOMPARE(moved.size(), 1);
         // With another set of identification characters the same line is no acknowledgement.
-        link_->bQuittiert = false;
-        link_->sErwartet = QStringLiteral("T|");
+        link_->setQuittiert(false);
+        link_->setErwartet(QStringLiteral("T|"));
         control_->setKennung(QStringLiteral("@"));
         control_->Auswerten(QStringLiteral("Q|1!\r\n"), false);
-        QVERIFY(!link_->bQuittiert);
+        QVERIFY(!link_->bQuittiert());
     }
 
     void statusLinesMoveTheAxesAndTheirDisplays() {
         QSignalSpy moved(link_, &Link::positionReported);
         control_->Auswerten(QStringLiteral("q #1200 ~1180 *16 |B\r\n"), false);
-        QCOMPARE(link_->AchsPosition[0], 1200);
+        QCOMPARE(link_->AchsPosition()[0], 1200);
         QCOMPARE(p_->lblPosition1[0]->text(), QStringLiteral("1200"));
         QCOMPARE(p_->lblPosition[0]->text(), QStringLiteral("1200"));
         QCOMPARE(p_->lblPosition2[0]->text(), QStringLiteral("3,00"));  // 1200 / 400 * 1 mm
@@ -122,7 +123,7 @@ private slots:
         QCOMPARE(quendrix::tag(p_->micro0[0]), QStringLiteral("1"));
 
         control_->Auswerten(QStringLiteral("Q #4050 ~4049 *8 |B\r\n"), false);
-        QCOMPARE(link_->AchsPosition[1], 4050);
+        QCOMPARE(link_->AchsPosition()[1], 4050);
         QCOMPARE(p_->lblPosition1[1]->text(), QStringLiteral("4050"));
         QCOMPARE(quendrix::tag(p_->micro1[0]), QStringLiteral("3"));
         QCOMPARE(moved.size(), 3);
@@ -130,12 +131,12 @@ private slots:
 
         // A query answer and a line without "|B" change no position; an odd divisor no tag.
         control_->Auswerten(QStringLiteral("q?|*3 #999 ~999\r\nq #777 ~777\r\n"), false);
-        QCOMPARE(link_->AchsPosition[0], -12000);
-        QCOMPARE(link_->sKennText[0], QStringLiteral("q #777 ~777"));
+        QCOMPARE(link_->AchsPosition()[0], -12000);
+        QCOMPARE(link_->sKennText()[0], QStringLiteral("q #777 ~777"));
         QCOMPARE(quendrix::tag(p_->micro0[0]), QStringLiteral("1"));
         // A position beyond 32 bits is noise, not a crash.
         control_->Auswerten(QStringLiteral("q #99999999999 ~1 |B\r\n"), false);
-        QCOMPARE(link_->AchsPosition[0], -12000);
+        QCOMPARE(link_->AchsPosition()[0], -12000);
         QCOMPARE(moved.size(), 4);
     }
 
@@ -146,19 +147,19 @@ private slots:
         }
         QSignalSpy clicked(p_->Check0[0], &QCheckBox::stateChanged);
         control_->Auswerten(QStringLiteral("q #1200 ~1180 *16 |B\r\n"), false);
-        link_->sErwartet = QStringLiteral("|F");
-        link_->bQuittiert = false;
+        link_->setErwartet(QStringLiteral("|F"));
+        link_->setQuittiert(false);
         control_->Auswerten(QStringLiteral("q #5 ~5 *16 |F :0\r\n"), false);
-        QVERIFY(link_->bQuittiert);
-        QCOMPARE(link_->AchsPosition[0], 1200);  // the finishing line carries no new position
+        QVERIFY(link_->bQuittiert());
+        QCOMPARE(link_->AchsPosition()[0], 1200);  // the finishing line carries no new position
         QCOMPARE(quendrix::value(p_->Check0[0]), 0);
         QCOMPARE(clicked.size(), 0);
-        QVERIFY(link_->sKennText[0].contains(QStringLiteral("|F")));
+        QVERIFY(link_->sKennText()[0].contains(QStringLiteral("|F")));
         // A status line acknowledges only when it carries the expected marker.
-        link_->bQuittiert = false;
-        link_->sErwartet = QStringLiteral("T|");
+        link_->setQuittiert(false);
+        link_->setErwartet(QStringLiteral("T|"));
         control_->Auswerten(QStringLiteral("q #5 ~5 |B\r\n"), false);
-        QVERIFY(!link_->bQuittiert);
+        QVERIFY(!link_->bQuittiert());
     }
 
     // Line noise with numbers beyond any range: each line is logged as it came, every field
@@ -192,7 +193,7 @@ private slots:
             }
         }
         control_->Auswerten(QStringLiteral("q #1300 ~1290 *4 |B\r\n"), false);
-        QCOMPARE(link_->AchsPosition[0], 1300);
+        QCOMPARE(link_->AchsPosition()[0], 1300);
         QCOMPARE(quendrix::tag(p_->micro0[0]), QStringLiteral("2"));
     }
 
@@ -202,50 +203,50 @@ private slots:
         control_->Auswerten(QStringLiteral("@ |Q2\r\n"), false);
         QCOMPARE(p_->lblOptik->text(), QStringLiteral("10x Plan"));
         control_->Auswerten(QStringLiteral("@ #1500 |B\r\n"), false);
-        QCOMPARE(link_->AchsPosition[0], 1500);
-        QCOMPARE(link_->encoder[0], 1500);
+        QCOMPARE(link_->AchsPosition()[0], 1500);
+        QCOMPARE(link_->encoder()[0], 1500);
         QCOMPARE(p_->lblEncoder[0]->text(), QStringLiteral("1500"));
         control_->Auswerten(QStringLiteral("@ |F3 #1600\r\n"), false);
-        QCOMPARE(link_->AchsPosition[0], 1600);
+        QCOMPARE(link_->AchsPosition()[0], 1600);
         QCOMPARE(p_->lblOptik->text(), QStringLiteral("ohne"));  // nothing mounted at 3
         control_->Auswerten(QStringLiteral("@ ?| |?2 #1700\r\n"), false);
-        QCOMPARE(link_->AchsPosition[0], 1700);
+        QCOMPARE(link_->AchsPosition()[0], 1700);
         QCOMPARE(p_->lblOptik->text(), QStringLiteral("ohne"));
-        QCOMPARE(link_->sKennText[0], QStringLiteral("@ ?| |?2 #1700"));
+        QCOMPARE(link_->sKennText()[0], QStringLiteral("@ ?| |?2 #1700"));
     }
 
     void identificationAndErrorLines() {
         control_->Auswerten(QStringLiteral("Arduino Photostand\r\n"), true);
-        QVERIFY(link_->bQuittiert);
-        QCOMPARE(link_->sKennText[1], QStringLiteral("Arduino Photostand"));
+        QVERIFY(link_->bQuittiert());
+        QCOMPARE(link_->sKennText()[1], QStringLiteral("Arduino Photostand"));
         QCOMPARE(p_->Text1[0]->text(), QStringLiteral("=> Arduino Photostand"));
-        link_->bQuittiert = false;
+        link_->setQuittiert(false);
         control_->Auswerten(QStringLiteral("unbekannt: k#\r\n"), false);
-        QVERIFY(link_->bQuittiert);
+        QVERIFY(link_->bQuittiert());
         QCOMPARE(p_->Text1[0]->text(), QStringLiteral("_> unbekannt: k#"));
         // Other lines are only logged.
-        link_->bQuittiert = false;
+        link_->setQuittiert(false);
         control_->Auswerten(QStringLiteral("T|16#\r\n"), false);
-        QVERIFY(!link_->bQuittiert);
+        QVERIFY(!link_->bQuittiert());
         QCOMPARE(p_->Text1[1]->text(), QStringLiteral("_> T|16#"));
         QCOMPARE(p_->Text1[0]->text(), QStringLiteral("_> unbekannt: k#"));
     }
 
     void partialLinesWaitForTheirLineEnd() {
         control_->Auswerten(QStringLiteral("q #12"), false);
-        QCOMPARE(link_->AchsPosition[0], 0);
+        QCOMPARE(link_->AchsPosition()[0], 0);
         control_->Auswerten(QStringLiteral("00 ~1 |B\r"), false);
-        QCOMPARE(link_->AchsPosition[0], 0);
+        QCOMPARE(link_->AchsPosition()[0], 0);
         control_->Auswerten(QStringLiteral("\n"), false);
-        QCOMPARE(link_->AchsPosition[0], 1200);
+        QCOMPARE(link_->AchsPosition()[0], 1200);
         // The local failure text of a dead serial link counts as an answer on its own.
-        link_->bQuittiert = false;
+        link_->setQuittiert(false);
         control_->Auswerten(QStringLiteral("Keine Verbindung"), false);
-        QVERIFY(link_->bQuittiert);
-        link_->sRest.clear();
-        link_->bQuittiert = false;
+        QVERIFY(link_->bQuittiert());
+        link_->setRest(QString());
+        link_->setQuittiert(false);
         control_->Auswerten(QStringLiteral("Keine WiFi Verbindung"), false);
-        QVERIFY(!link_->bQuittiert);
+        QVERIFY(!link_->bQuittiert());
     }
 
     // The same bytes give the same state, however the transport cuts them into arrivals.
@@ -300,7 +301,7 @@ private slots:
         control_->Output(QStringLiteral("s#"));
         control_->Output(QStringLiteral("t16#"));
         QVERIFY(platform_.now() - second < 0.1);
-        QCOMPARE(link_->sErwartet, QStringLiteral("T|"));
+        QCOMPARE(link_->sErwartet(), QStringLiteral("T|"));
         // Socket down: the command is dropped and waits out its acknowledgement.
         control_->wifi = true;
         const double third = platform_.now();
@@ -311,7 +312,7 @@ private slots:
 
     void terminateEndsAPendingOutputAtOnce() {
         control_->wifi = true;
-        link_->bQuittiert = true;
+        link_->setQuittiert(true);
         const double start = platform_.now();
         platform_.onIdle = [this, start](TestPlatform& p) {
             if (p.now() - start >= 0.5) control_->Terminate();

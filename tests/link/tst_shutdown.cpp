@@ -1,5 +1,6 @@
 // Shutdown against the board simulator: what the board hears, what the settings file holds
 // afterwards (key by key, in the order the keys were written), and what happens to the link.
+#include "control/internals.h"
 #include "motion/motion.h"
 #include "support/simrig.h"
 
@@ -80,8 +81,9 @@ class TestShutdown : public QObject {
     // nothing the panel's own handlers store lands in it before shutdown.
     void fillPanel() {
         quendrix::Panel& p = rig_->panel();
-        rig_->link().AchsPosition = {-1234, 567};
-        control_->motion()->maxPosition = {560123, 4051};
+        rig_->link().setAchsPosition(0, -1234);
+        rig_->link().setAchsPosition(1, 567);
+        quendrix::internals(control_).motion()->maxPosition = {560123, 4051};
         p.BBeginn[0]->setText(QStringLiteral("1200"));
         p.BEnde[0]->setText(QStringLiteral("3400"));
         p.wartezeit->setText(QStringLiteral("175"));
@@ -115,7 +117,7 @@ class TestShutdown : public QObject {
         p.txBrennweite->setText(QStringLiteral("41,5"));
         p.SSTab1->setCurrentIndex(2);
         control_->Timer3()->start(60000);
-        rig_->link().bBereit = true;
+        rig_->link().setBereit(true);
         rig_->settle(0.2);
         rig_->takeCommands();
         control_->setinifile(ini_);
@@ -130,7 +132,7 @@ class TestShutdown : public QObject {
     void verifyClosedDown() {
         QCOMPARE(rig_->panel().SSTab1->currentIndex(), 0);
         QVERIFY(!control_->Timer3()->isActive());
-        QVERIFY(!rig_->link().bBereit);
+        QVERIFY(!rig_->link().bBereit());
     }
 
 private slots:

@@ -1,5 +1,6 @@
 // The command channel over real transports: a pseudo-terminal and a loopback socket whose far
 // ends the test plays byte for byte, on the scripted clock.
+#include "control/internals.h"
 #include "link/link.h"
 #include "support/rawpeers.h"
 #include "support/testplatform.h"
@@ -94,7 +95,7 @@ private slots:
         control_ = std::make_unique<ctlQuendrix>();
         control_->setPlatform(&platform_);
         control_->setKennung(QStringLiteral("qQ"));
-        link_ = control_->link();
+        link_ = quendrix::internals(control_).link();
         board_ = ScriptedBoard();
         platform_.onIdle = [this](TestPlatform& p) {
             if (board_.read) board_.step(p.now());
@@ -116,7 +117,7 @@ private slots:
     void commandsLeaveExactlyAsFramed() {
         QFETCH(bool, socket);
         socket ? openSocket() : openSerial();
-        link_->bQuittiert = true;
+        link_->setQuittiert(true);
         const double start = platform_.now();
         control_->Output(QStringLiteral("t16#"));
         control_->Output(QStringLiteral("?#\r\n"));
@@ -124,7 +125,7 @@ private slots:
         QVERIFY(platform_.now() - start < 0.5);  // each answered at once
         QCOMPARE(board_.received,
                  socket ? QByteArray("t16#\r\n?#\r\nw100#\r\n") : QByteArray("t16#?#\r\nw100#"));
-        QCOMPARE(link_->sErwartet, QStringLiteral("W|"));
+        QCOMPARE(link_->sErwartet(), QStringLiteral("W|"));
         if (!socket) QCOMPARE(quendrix::tag(control_->MSComm1()), QStringLiteral("A1"));
     }
 
@@ -133,16 +134,16 @@ private slots:
     void aCommandEvaluatesTheLinesLeftWaiting() {
         openSerial();
         board_.delay = -1;
-        link_->bQuittiert = true;
-        link_->sRest = QStringLiteral("q #77 ~70 |B\r\n");
+        link_->setQuittiert(true);
+        link_->setRest(QStringLiteral("q #77 ~70 |B\r\n"));
         control_->Output(QStringLiteral("r#"));
-        QCOMPARE(link_->AchsPosition[0], 77);
-        QCOMPARE(link_->sRest, QString());
+        QCOMPARE(link_->AchsPosition()[0], 77);
+        QCOMPARE(link_->sRest(), QString());
     }
 
     void acknowledgementTiming() {
         openSerial();
-        link_->bQuittiert = true;
+        link_->setQuittiert(true);
         // An answer within the limit ends the wait when it comes.
         board_.delay = 0.3;
         double start = platform_.now();
@@ -160,7 +161,7 @@ private slots:
 
         // A late answer releases the next command as soon as it arrives.
         board_.delay = 2.5;
-        link_->bQuittiert = true;
+        link_->setQuittiert(true);
         start = platform_.now();
         control_->Output(QStringLiteral("t5#"));
         QVERIFY(platform_.now() - start >= 2 && platform_.now() - start < 2.1);
@@ -171,33 +172,33 @@ private slots:
 
     void serialAndSocketJudgeLinesDifferently() {
         openSerial();
-        link_->bQuittiert = false;
+        link_->setQuittiert(false);
         board_.write("Xq|1\r\n");  // a "q" anywhere: evaluated, but no acknowledgement
         settle();
         QCOMPARE(control_->panel()->Text1[1]->text(), QStringLiteral("_> Xq|1"));
-        QVERIFY(!link_->bQuittiert);
+        QVERIFY(!link_->bQuittiert());
         board_.write("\r\n");  // over the serial port even an empty line acknowledges
         settle();
-        QVERIFY(link_->bQuittiert);
-        QCOMPARE(link_->sLetzteZeile, QString());
+        QVERIFY(link_->bQuittiert());
+        QCOMPARE(link_->sLetzteZeile(), QString());
         cleanup();
 
         init();
         openSocket();
-        link_->bQuittiert = false;
-        link_->sErwartet = QStringLiteral("T|");
+        link_->setQuittiert(false);
+        link_->setErwartet(QStringLiteral("T|"));
         for (const char* status : {"qX\r\n", "QX\r\n", "&X\r\n", "@X\r\n"}) {
             board_.write(status);  // first character decides on the socket
             settle();
-            QVERIFY2(!link_->bQuittiert, status);
+            QVERIFY2(!link_->bQuittiert(), status);
         }
-        QCOMPARE(link_->sLetzteZeile, QStringLiteral("@X"));
+        QCOMPARE(link_->sLetzteZeile(), QStringLiteral("@X"));
         board_.write("\r\n");  // a block that is exactly a line end is ignored
         settle();
-        QVERIFY(!link_->bQuittiert);
+        QVERIFY(!link_->bQuittiert());
         board_.write("\r\nXq|1\r\n");  // an empty line inside a block is dropped unseen
         settle();
-        QVERIFY(link_->bQuittiert);
+        QVERIFY(link_->bQuittiert());
         QCOMPARE(control_->panel()->Text1[1]->text(), QStringLiteral("=> Xq|1"));
     }
 
@@ -205,18 +206,18 @@ private slots:
     void splitLinesAndStrayLeadBytes() {
         QFETCH(bool, socket);
         socket ? openSocket() : openSerial();
-        link_->bQuittiert = false;
+        link_->setQuittiert(false);
         board_.write("\xC2T|1");
         settle();
-        QVERIFY(!link_->bQuittiert);
+        QVERIFY(!link_->bQuittiert());
         QCOMPARE(control_->panel()->Text1[1]->text(), QString());
         board_.write("6#\r\n");
         settle();
-        QVERIFY(link_->bQuittiert);
-        QCOMPARE(link_->sLetzteZeile, QStringLiteral("T|16#"));
+        QVERIFY(link_->bQuittiert());
+        QCOMPARE(link_->sLetzteZeile(), QStringLiteral("T|16#"));
         QCOMPARE(control_->panel()->Text1[1]->text(),
                  socket ? QStringLiteral("=> T|16#") : QStringLiteral("_> T|16#"));
-        QCOMPARE(link_->sEmpfang, QString());
+        QCOMPARE(link_->sEmpfang(), QString());
     }
 
     void acknowledgementAndStatusInOneArrival_data() { commandsLeaveExactlyAsFramed_data(); }
@@ -225,11 +226,11 @@ private slots:
         socket ? openSocket() : openSerial();
         board_.write("S|#\r\nq #1200 ~1180 *8 |B\r\n");
         settle();
-        QVERIFY(link_->bQuittiert);
-        QCOMPARE(link_->AchsPosition[0], 1200);
-        QCOMPARE(link_->encoder[0], 1180);
-        QCOMPARE(link_->sRest, QString());
-        QCOMPARE(link_->sKennText[0], QStringLiteral("q #1200 ~1180 *8 |B"));
+        QVERIFY(link_->bQuittiert());
+        QCOMPARE(link_->AchsPosition()[0], 1200);
+        QCOMPARE(link_->encoder()[0], 1180);
+        QCOMPARE(link_->sRest(), QString());
+        QCOMPARE(link_->sKennText()[0], QStringLiteral("q #1200 ~1180 *8 |B"));
     }
 
     // Evaluating a line lets events run, and the transport reads what arrives meanwhile without
@@ -244,7 +245,7 @@ private slots:
                                       : static_cast<QIODevice*>(control_->MSComm1());
         bool sent = false;
         platform_.onIdle = [&](TestPlatform&) {
-            if (sent || !link_->sKennText[0].contains(u"|B")) return;
+            if (sent || !link_->sKennText()[0].contains(u"|B")) return;
             sent = true;
             board_.write("q #200 ~200 |F :0\r\n");
             QElapsedTimer patience;
@@ -256,7 +257,7 @@ private slots:
         settle();
         QVERIFY(sent);
         QCOMPARE(link_->finishedMoves(0), quint64(1));
-        QCOMPARE(link_->sKennText[0], QStringLiteral("q #200 ~200 |F :0"));
+        QCOMPARE(link_->sKennText()[0], QStringLiteral("q #200 ~200 |F :0"));
     }
 
     void serialInputIsDroppedWhileTheLinkIsTheSocket() {
@@ -264,8 +265,8 @@ private slots:
         control_->wifi = true;
         board_.write("q #1200 ~1180 |B\r\n");
         settle();
-        QCOMPARE(link_->AchsPosition[0], 0);
-        QCOMPARE(link_->sEmpfang, QString());
+        QCOMPARE(link_->AchsPosition()[0], 0);
+        QCOMPARE(link_->sEmpfang(), QString());
     }
 
     void failureTextsWhenTheLinkIsGone() {
@@ -273,13 +274,13 @@ private slots:
         board_.read = nullptr;
         peer_->close();
         QTRY_COMPARE(control_->Telnet1()->state(), QAbstractSocket::UnconnectedState);
-        link_->bQuittiert = true;
+        link_->setQuittiert(true);
         control_->Output(QStringLiteral("r#"));
         QCOMPARE(control_->panel()->Text1[1]->text(), QStringLiteral("Keine WiFi Verbindung"));
 
         openSerial();
         control_->MSComm1()->close();
-        link_->bQuittiert = true;
+        link_->setQuittiert(true);
         const double start = platform_.now();
         control_->Output(QStringLiteral("r#"));
         QCOMPARE(control_->panel()->Text1[1]->text(), QStringLiteral("Keine Verbindung"));

@@ -1,5 +1,6 @@
 // Axis motion through the panel, with real mouse and key events, against the board simulator
 // over a real pseudo-terminal: every assertion is on what the board received, in order.
+#include "control/internals.h"
 #include "motion/motion.h"
 #include "support/simrig.h"
 
@@ -33,7 +34,7 @@ class TestMotion : public QObject {
         rig_ = std::make_unique<SimRig>();
         if (!rig_->start(options)) return false;
         p_ = &rig_->panel();
-        motion_ = rig_->control->motion();
+        motion_ = quendrix::internals(rig_->control).motion();
         rig_->control->setinifile(folder_.filePath(QStringLiteral("rig_L.ini")));
         rig_->control->setMotorName(QStringLiteral("Platz0"));
         p_->Taktpause[0]->setText(QStringLiteral("12"));
@@ -145,7 +146,7 @@ private slots:
         QVERIFY(start());
         p_->Schritte[1]->setText(QStringLiteral("48"));
         p_->Steigung[1]->setText(QStringLiteral("1.5"));
-        rig_->link().AchsPosition[1] = 96;
+        rig_->link().setAchsPosition(1, 96);
         hover(p_->B_AUF[0]);
         QCOMPARE(sent(), Commands({"V#"}));
         press(p_->B_AUF[0]);
@@ -300,7 +301,7 @@ private slots:
         p_->tSpiel[1]->setText(QStringLiteral("25"));
         p_->cSpiel[1]->click();
         QCOMPARE(sent(), Commands({"A25#"}));
-        QCOMPARE(rig_->link().backlash[1], 25);
+        QCOMPARE(rig_->link().backlash()[1], 25);
         QCOMPARE(rig_->control->ini(QStringLiteral("Platz01"), QStringLiteral("spiel"), {}),
                  QStringLiteral("25"));
 
@@ -309,7 +310,7 @@ private slots:
         p_->tSpiel[0]->setText(QStringLiteral("-3"));
         p_->cSpiel[0]->click();
         QCOMPARE(sent(), Commands());
-        QCOMPARE(rig_->link().backlash[0], 0);
+        QCOMPARE(rig_->link().backlash()[0], 0);
         QCOMPARE(rig_->platform.messages.size(), 2);
         QCOMPARE(rig_->platform.messages[0].prompt,
                  QStringLiteral("Taktpause: bitte eine ganze Zahl von 1 bis 1000000 eingeben"));
@@ -324,7 +325,7 @@ private slots:
         click(p_->cbDrehrichtungArduino[0]);
         click(p_->cbDrehrichtungArduino[1]);
         QCOMPARE(sent(), Commands());
-        rig_->link().bBereit = true;
+        rig_->link().setBereit(true);
         click(p_->cbEndschalter[1]);
         click(p_->cbEndschalter[1]);
         click(p_->cbDrehrichtungArduino[0]);
@@ -361,7 +362,7 @@ private slots:
         show(0);
         QCOMPARE(sent(), Commands());
 
-        rig_->link().bBereit = true;
+        rig_->link().setBereit(true);
         show(0);  // from tab 0 to tab 0
         show(1);  // among the settings tabs
         show(3);
@@ -406,7 +407,7 @@ private slots:
         p_->Schritte[0]->setText(QStringLiteral("400"));
         p_->Steigung[0]->setText(QStringLiteral("1"));
         rig_->control->setLocale(QLocale(QLocale::German));
-        rig_->link().AchsPosition[0] = 1234567;
+        rig_->link().setAchsPosition(0, 1234567);
         click(p_->Label9);
         QCOMPARE(p_->Label9->text(), QStringLiteral("Position [mm]"));
         QCOMPARE(p_->lblPosition[0]->text(), QStringLiteral("3.086,42"));
@@ -418,7 +419,7 @@ private slots:
         motion_->minEncoder[0] = 100;
         motion_->maxEncoder[0] = 1100;
         motion_->maxPosition[0] = 40000;  // 100 mm
-        rig_->link().encoder[0] = 350;
+        rig_->link().setEncoder(0, 350);
         QCOMPARE(motion_->Schritte_in_mm(0, 5).mm, 25.0f);
         QCOMPARE(motion_->Schritte_in_mm(0, -1).steps, 1234567);
     }
@@ -430,11 +431,11 @@ private slots:
         motion_->maxPosition[0] = 100000;
         sent();
         motion_->Position_anfahren(5000, 0, -1);
-        QCOMPARE(rig_->link().AchsPosition[0], 5000);
+        QCOMPARE(rig_->link().AchsPosition()[0], 5000);
         QCOMPARE(sent(), Commands({"v#", "t5000#"}));
         // The last move's end is still in the status text; the next wait is not fooled by it.
         motion_->Position_anfahren(4950, 0, -1);
-        QCOMPARE(rig_->link().AchsPosition[0], 4950);
+        QCOMPARE(rig_->link().AchsPosition()[0], 4950);
         QCOMPARE(sent(), Commands({"z#", "w1600#", "t50#"}));
         motion_->Position_anfahren(4950, 0, -1);   // already there
         motion_->Position_anfahren(-1, 0, 1);      // out of range
@@ -446,12 +447,12 @@ private slots:
         motion_->Position_anfahren(4960, 0, 0);
         QCOMPARE(sent(), Commands({"v#", "w800#", "t1000#", "z#", "w100#", "t1001#", "v#", "w800#",
                                    "t11#"}));
-        QCOMPARE(rig_->link().AchsPosition[0], 4960);
+        QCOMPARE(rig_->link().AchsPosition()[0], 4960);
         // One step is "t1#", the same bytes as the settings take-over, and the board takes it
         // as that: the axis stays where it is.
         motion_->Position_anfahren(4961, 0, 0);
         QCOMPARE(sent(), Commands({"t1#"}));
-        QCOMPARE(rig_->link().AchsPosition[0], 4960);
+        QCOMPARE(rig_->link().AchsPosition()[0], 4960);
         QVERIFY_THROWS_EXCEPTION(quendrix::RuntimeError, motion_->Position_anfahren(1, 2, 1));
     }
 
@@ -479,7 +480,7 @@ private slots:
         motion_->maxPosition[0] = 100000;
         motion_->Position_anfahren(3000, 0, 1);
         QCOMPARE(sent(), Commands({"w1#", "t3000#"}));  // slowest speed, absolute target
-        QCOMPARE(rig_->link().AchsPosition[0], 3000);
+        QCOMPARE(rig_->link().AchsPosition()[0], 3000);
         QCOMPARE(value(p_->Check0[4]), 0);  // the direction was left alone
     }
 
@@ -488,7 +489,7 @@ private slots:
         p_->BBeginn[0]->setText(QStringLiteral("1000"));
         p_->BEnde[0]->setText(QStringLiteral("5000"));
         p_->Schrittzahl->setText(QStringLiteral("500"));
-        rig_->link().AchsPosition[0] = 0;
+        rig_->link().setAchsPosition(0, 0);
         motion_->Bereich_abfahren();
         QCOMPARE(rig_->platform.messages.size(), 1);
         QCOMPARE(rig_->platform.messages[0].prompt, QStringLiteral("Untere Position erreicht"));
@@ -496,11 +497,11 @@ private slots:
         QCOMPARE(sent(), Commands({"v#", "t500#"}));
         p_->BBeginn[0]->setText(QStringLiteral("900"));  // "900" sorts after "1000"
         p_->BEnde[0]->setText(QStringLiteral("1000"));
-        rig_->link().AchsPosition[0] = 950;
+        rig_->link().setAchsPosition(0, 950);
         motion_->Bereich_abfahren();
         QCOMPARE(rig_->platform.messages.size(), 2);
         QCOMPARE(rig_->platform.messages[1].prompt, QStringLiteral("Obere Position erreicht"));
-        rig_->link().AchsPosition[0] = 1200;
+        rig_->link().setAchsPosition(0, 1200);
         motion_->Bereich_zurueckfahren();
         QCOMPARE(rig_->platform.messages[2].prompt, QStringLiteral("Untere Position erreicht"));
         QCOMPARE(sent(), Commands({"z#", "t500#", "v#", "t500#"}));

@@ -1,8 +1,9 @@
 // The calibration list of the bellows rig: its arithmetic, its file, and the measuring series
 // driven through the panel.
+#include "control/internals.h"
+#include "core/calibrationmath.h"
 #include "optics/calibration.h"
 #include "optics/calibrationfile.h"
-#include "optics/calibrationmath.h"
 #include "optics/calibrationplot.h"
 #include "support/errors.h"
 #include "support/testplatform.h"
@@ -58,7 +59,7 @@ class TestCalibration : public QObject {
 
     ctlQuendrix& control() { return *control_; }
     Panel& panel() { return *control_->panel(); }
-    Calibration& cal() { return *control_->calibration(); }
+    Calibration& cal() { return *quendrix::internals(control_).calibration(); }
     TestPlatform& platform() { return *platform_; }
     QString listFile() const { return dir_->filePath("EOS 5DMakro 100_Platz0_Synchronliste.txt"); }
 

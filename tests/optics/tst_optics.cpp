@@ -1,4 +1,5 @@
 // Lenses and the field of view, through the panel and against the board simulator.
+#include "control/internals.h"
 #include "motion/motion.h"
 #include "optics/optics.h"
 #include "support/errors.h"
@@ -205,7 +206,7 @@ private slots:
         // The first entry that contains the label's text, else "ohne".
         const auto shown = [&](const QString& text) {
             p_->lblOptik->setText(text);
-            control_->optics()->lblOptik_Change();
+            quendrix::internals(control_).optics()->lblOptik_Change();
             return p_->cbOptik->currentIndex();
         };
         QCOMPARE(shown(QStringLiteral("Nah")), 3);
@@ -249,12 +250,12 @@ private slots:
         p_->Schritte[1]->setText(QStringLiteral("48"));
         p_->Steigung[1]->setText(QStringLiteral("1"));
         QSignalSpy reported(control_, &ctlQuendrix::SehfeldNeu);
-        QSignalSpy moved(control_->link(), &quendrix::Link::positionReported);
+        QSignalSpy moved(quendrix::internals(control_).link(), &quendrix::Link::positionReported);
         control_->Output(QStringLiteral("W1000#"));
         control_->Output(QStringLiteral("V#"));
         control_->Output(QStringLiteral("T2400#"));  // 50 mm of extension
-        QVERIFY(rig_->waitFor([&] { return rig_->link().sKennText[1].contains(u"|F"); }));
-        QCOMPARE(rig_->link().AchsPosition[1], 2400);
+        QVERIFY(rig_->waitFor([&] { return rig_->link().sKennText()[1].contains(u"|F"); }));
+        QCOMPARE(rig_->link().AchsPosition()[1], 2400);
         QCOMPARE(p_->lbAuszug->text(), QStringLiteral("50,000"));
         QCOMPARE(control_->Gesamtauszug, 50.0);
         QCOMPARE(p_->lblSehfeld->text(), QStringLiteral("19,667"));  // 1180 / (50 + 60 - 50)
@@ -267,7 +268,7 @@ private slots:
         setUpBellows(60);
         p_->Schritte[1]->setText(QStringLiteral("48"));
         p_->Steigung[1]->setText(QStringLiteral("1"));
-        rig_->control->motion()->maxPosition[1] = 4800;  // 100 mm of bellows
+        quendrix::internals(rig_->control).motion()->maxPosition[1] = 4800;  // 100 mm of bellows
         control_->Balgen_einstellen();
         QCOMPARE(p_->Slider1->minimum(), 10727);   // 1180 / 110 mm
         QCOMPARE(p_->Slider1->maximum(), 118000);  // 1180 / 10 mm
@@ -282,7 +283,7 @@ private slots:
         rig_->control->Output(QStringLiteral("W100#"));
         rig_->takeCommands();
         p_->Slider1->setSliderDown(false);  // 1180 / 23.6 - 60 + 50 = 40 mm = 1920 steps
-        QCOMPARE(rig_->link().AchsPosition[1], 1920);
+        QCOMPARE(rig_->link().AchsPosition()[1], 1920);
         QCOMPARE(rig_->takeCommands().last(), QStringLiteral("T1920#"));
     }
 

@@ -1,8 +1,9 @@
 // Focus stacks and averaging series against the board simulator over a real pseudo-terminal,
 // with a host that answers the events as a real one would.
+#include "control/internals.h"
+#include "core/stepadvisor.h"
 #include "motion/motion.h"
 #include "stacking/stacking.h"
-#include "stacking/stepadvisor.h"
 #include "support/simrig.h"
 
 #include <QCheckBox>
@@ -38,7 +39,7 @@ class TestStacking : public QObject {
         control_->setLocale(QLocale(QLocale::German));
         control_->setinifile(folder_.filePath(QStringLiteral("stack_L.ini")));
         QFile::remove(control_->inifile());
-        control_->motion()->maxPosition[0] = 1000000;
+        quendrix::internals(control_).motion()->maxPosition[0] = 1000000;
         p_->Steigung[0]->setText(QStringLiteral("1"));
         p_->Schritte[0]->setText(QStringLiteral("400"));
         p_->Taktpause[0]->setText(QStringLiteral("100"));
@@ -79,8 +80,9 @@ private slots:
         QCOMPARE(p_->Schrittzahl->text(), QStringLiteral("500"));
         QCOMPARE(p_->Aufloesung->text(), QStringLiteral("1.250 µ"));
         QCOMPARE(p_->Weglaenge->text(), QStringLiteral("10,00"));
-        QCOMPARE(control_->stacking()->Bereich, 4000);
-        QCOMPARE(control_->stacking()->AufloesungText, QStringLiteral("1.250 µ"));
+        QCOMPARE(quendrix::internals(control_).stacking()->Bereich, 4000);
+        QCOMPARE(quendrix::internals(control_).stacking()->AufloesungText,
+                 QStringLiteral("1.250 µ"));
         control_->setLocale(QLocale(QLocale::English));
         plan(5000, 1000, 8);  // swapped: the same range
         QCOMPARE(p_->Aufloesung->text(), QStringLiteral("1,250 µ"));
@@ -125,7 +127,7 @@ private slots:
         QCOMPARE(rig_->takeCommands(),
                  Commands({"v#", "t5400#", "y1#", "z#", "w800#", "t400#", "t1000#", "t1000#",
                            "t1000#", "t1000#", "w100#", "y0#"}));
-        QCOMPARE(rig_->link().AchsPosition[0], 1000);
+        QCOMPARE(rig_->link().AchsPosition()[0], 1000);
         QCOMPARE(p_->Schicht->text(), QStringLiteral("Schicht: 0"));
         QCOMPARE(quendrix::tag(p_->AutoKomb), QString());
         QCOMPARE(quendrix::value(p_->Check0[6]), 1);
@@ -199,7 +201,7 @@ private slots:
         const double between = layerTimes_[1] - layerTimes_[0];
         QVERIFY2(between >= 6 && between < 7, qPrintable(QString::number(between)));
         QCOMPARE(combine->size(), 1);
-        QVERIFY(rig_->link().AchsPosition[0] > 1000);  // the picture was taken on the way
+        QVERIFY(rig_->link().AchsPosition()[0] > 1000);  // the picture was taken on the way
     }
 
     void averagingSeries() {
@@ -237,7 +239,7 @@ private slots:
         QCOMPARE(layers_, QStringList({"1"}));
         QCOMPARE(p_->Schicht->text(), QStringLiteral("Schicht: 1"));
         QVERIFY(p_->Combine->isEnabled());  // from the first picture on
-        QVERIFY(!control_->stacking()->Kamera_bereit);
+        QVERIFY(!quendrix::internals(control_).stacking()->Kamera_bereit);
         p_->Schicht->click();
         QCOMPARE(layers_, QStringList({"1", "2"}));
         p_->Combine->click();
@@ -259,11 +261,11 @@ private slots:
     void theStartAndEndButtonsTakeAndApproachThePosition() {
         QVERIFY(start());
         plan(0, 5234, 4);
-        control_->motion()->Position_anfahren(1234, 0, 1);
+        quendrix::internals(control_).motion()->Position_anfahren(1234, 0, 1);
         QTest::mouseRelease(p_->Beginn, Qt::LeftButton);
         QCOMPARE(p_->BBeginn[0]->text(), QStringLiteral("1234"));
         QCOMPARE(p_->Schrittzahl->text(), QStringLiteral("1000"));
-        control_->motion()->Position_anfahren(1734, 0, 1);
+        quendrix::internals(control_).motion()->Position_anfahren(1734, 0, 1);
         QTest::mouseRelease(p_->Ende, Qt::LeftButton);
         QCOMPARE(p_->BEnde[0]->text(), QStringLiteral("1734"));
         QCOMPARE(p_->Schrittzahl->text(), QStringLiteral("125"));
@@ -278,10 +280,10 @@ private slots:
         quendrix::setValue(p_->Check0[6], 0);
         rig_->takeCommands();
         QTest::mouseRelease(p_->Beginn, Qt::RightButton);
-        QCOMPARE(rig_->link().AchsPosition[0], 1234);
+        QCOMPARE(rig_->link().AchsPosition()[0], 1234);
         quendrix::setValue(p_->Check0[6], 2);
         QTest::mouseRelease(p_->Ende, Qt::RightButton);
-        QCOMPARE(rig_->link().AchsPosition[0], 1734);
+        QCOMPARE(rig_->link().AchsPosition()[0], 1734);
         // 500 steps would be slow speed if the distance chose it.
         QCOMPARE(rig_->takeCommands(),
                  Commands({"z#", "w100#", "t500#", "w1600#", "v#", "w100#", "t500#"}));

@@ -3,6 +3,7 @@
 // A control wired to the board simulator over a real pseudo-terminal (or a loopback socket),
 // on the scripted clock: the simulator runs on the same clock and is pumped whenever the
 // control lets the event loop run.
+#include "control/internals.h"
 #include "link/link.h"
 #include "sim/board.h"
 #include "sim/ptyfrontend.h"
@@ -59,7 +60,7 @@ public:
             control->wifi = false;
         }
         started();
-        control->link()->bQuittiert = true;
+        quendrix::internals(control).link()->setQuittiert(true);
         return true;
     }
 
@@ -79,7 +80,7 @@ public:
         };
     }
 
-    quendrix::Link& link() const { return *control->link(); }
+    quendrix::Link& link() const { return *quendrix::internals(control).link(); }
     quendrix::Panel& panel() const { return *control->panel(); }
 
     // Lets `seconds` of scripted time pass with the event loop (and the board) running.

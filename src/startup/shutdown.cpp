@@ -2,13 +2,14 @@
 // configuration and positions go back to the settings file under the keys Motor_Starten reads,
 // and on the serial link the board is told to quit and the port is closed.
 #include "link/link.h"
-#include "link/startup.h"
 #include "motion/motion.h"
+#include "optics/opticalsetup.h"
 #include "settings/numbers.h"
+#include "settings/rig.h"
 #include "settings/wait.h"
+#include "startup/startup.h"
 
 #include <quendrix/Panel.h>
-#include <quendrix/ctlQuendrix.h>
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -31,13 +32,13 @@ QString number(qint64 value) {
 // appear in the file, so it is kept as the next start-up reads them.
 class StateWriter {
 public:
-    StateWriter(ctlQuendrix& control, const Panel& panel, const Link& link, const Motion& motion)
-        : control_(control), panel_(panel), link_(link), motion_(motion) {}
+    StateWriter(Rig& rig, const Panel& panel, const Link& link, const RigParts& parts)
+        : rig_(rig), panel_(panel), link_(link), parts_(parts), motion_(parts.motion) {}
 
     // Position, the stack settings (axis 0 only), pause, micro-steps, encoder and travel.
     // withEncoderKind adds the encoder's kind and type, which only the two-axis rig keeps.
     void motion(int axis, bool withEncoderKind) const {
-        put(axis, QStringLiteral("Position"), number(link_.AchsPosition[axis]));
+        put(axis, QStringLiteral("Position"), number(link_.AchsPosition()[axis]));
         if (axis == 0) {
             put(axis, QStringLiteral("Beginn"), panel_.BBeginn[0]->text());
             put(axis, QStringLiteral("Ende"), panel_.BEnde[0]->text());
@@ -62,7 +63,7 @@ public:
             number(value(panel_.cbDrehrichtungArduino[axis])));
         put(axis, QStringLiteral("Endschalter"), number(value(panel_.cbEndschalter[axis])));
         put(axis, QStringLiteral("Mikroschritte"),
-            number(axis == 0 ? control_.Mikroschritt0() : control_.Mikroschritt1()));
+            number(axis == 0 ? parts_.motion.Mikroschritt(0) : parts_.motion.Mikroschritt(1)));
         put(axis, QStringLiteral("a_Richtung"), number(value(panel_.Check0[axis])));
     }
 
@@ -76,23 +77,24 @@ public:
 
     // The camera: sensor width and pixels, lens offset and focal length.
     void camera() const {
-        const QString section = control_.Kameratyp();
-        control_.setini(section, QStringLiteral("Bildbreite"), panel_.Sensor_breite->text());
-        control_.setini(section, QStringLiteral("basisaufloesungx"), panel_.SensorBreiteP->text());
-        control_.setini(section, QStringLiteral("offset"), panel_.txOffset->text());
-        control_.setini(section, QStringLiteral("Brennweite"), panel_.txBrennweite->text());
+        const QString section = parts_.optical.Kameratyp();
+        rig_.setini(section, QStringLiteral("Bildbreite"), panel_.Sensor_breite->text());
+        rig_.setini(section, QStringLiteral("basisaufloesungx"), panel_.SensorBreiteP->text());
+        rig_.setini(section, QStringLiteral("offset"), panel_.txOffset->text());
+        rig_.setini(section, QStringLiteral("Brennweite"), panel_.txBrennweite->text());
     }
 
     QString brightness(int channel) const { return number(panel_.HScroll1[channel]->value()); }
 
 private:
     void put(int axis, const QString& key, const QString& text) const {
-        control_.setini(control_.MotorName() + number(axis), key, text);
+        rig_.setini(rig_.MotorName() + number(axis), key, text);
     }
 
-    ctlQuendrix& control_;
+    Rig& rig_;
     const Panel& panel_;
     const Link& link_;
+    const RigParts& parts_;
     const Motion& motion_;
 };
 
@@ -105,21 +107,21 @@ void Startup::Motor_Abschalten() {
 
     // Motors and lights stop. The stop commands wait for their acknowledgements as every
     // command does; on a dead link they fail or time out and the state is saved regardless.
-    const qint16 rigType = control_.Controltyp();
+    const qint16 rigType = rig_.Controltyp();
     if (rigType != 0) {
-        control_.Output(QStringLiteral("s#"));
-        control_.Output(QLatin1Char('w') + Trim(panel_.Taktpause[0]->text()) + QLatin1Char('#'));
+        link_.Output(QStringLiteral("s#"));
+        link_.Output(QLatin1Char('w') + Trim(panel_.Taktpause[0]->text()) + QLatin1Char('#'));
     } else {
         for (const char* command : {"l0#", "L0#", "l0!", "s#", "S#"})
-            control_.Output(QString::fromLatin1(command));
+            link_.Output(QString::fromLatin1(command));
     }
-    control_.Timer3()->stop();  // no run goes on
+    panel_.Timer3->stop();  // no run goes on
 
     // The selected lens, per motor in the camera's section.
-    control_.setini(control_.Kameratyp(), QStringLiteral("Aktuell") + control_.MotorName().right(1),
-                    number(panel_.cbOptik->currentIndex()));
+    rig_.setini(parts_.optical.Kameratyp(), QStringLiteral("Aktuell") + rig_.MotorName().right(1),
+                number(panel_.cbOptik->currentIndex()));
 
-    const StateWriter state(control_, panel_, link_, *control_.motion());
+    const StateWriter state(rig_, panel_, link_, parts_);
     switch (rigType) {
         case 0:  // two axes; the camera keys go between the second axis's travel and switches
             state.motion(0, true);
@@ -134,7 +136,7 @@ void Startup::Motor_Abschalten() {
             state.motion(0, false);
             state.switches(0);
             state.raiseAndFirstLight();
-            control_.Output(QStringLiteral("d-") + state.brightness(0) + QLatin1Char('#'));
+            link_.Output(QStringLiteral("d-") + state.brightness(0) + QLatin1Char('#'));
             break;
         case 2:  // one axis, with the second light channel kept in the second axis's section
             state.motion(0, false);
@@ -147,13 +149,13 @@ void Startup::Motor_Abschalten() {
     }
 
     waiter_.doEvents();
-    link_.bBereit = false;
+    link_.setBereit(false);
 
     // From here nothing may fail the shutdown: a port already gone or unplugged is no error.
     // The quit goes straight to the port; no acknowledgement is awaited.
     try {
-        QSerialPort* port = control_.MSComm1();
-        if (!control_.wifi && port->isOpen()) {
+        QSerialPort* port = panel_.MSComm1;
+        if (!rig_.wifi() && port->isOpen()) {
             port->write(QByteArrayLiteral("Q#"));
             port->flush();
             port->close();

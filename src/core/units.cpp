@@ -1,4 +1,4 @@
-#include "motion/units.h"
+#include "core/units.h"
 
 #include "settings/numbers.h"
 

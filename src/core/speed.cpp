@@ -1,4 +1,4 @@
-#include "motion/speed.h"
+#include "core/speed.h"
 
 #include "settings/numbers.h"
 #include "settings/textformat.h"

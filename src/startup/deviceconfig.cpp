@@ -9,22 +9,23 @@
 // board is configured all the same. Boxes whose own
 // handlers would talk to the board are set quietly: the sequences send what the board needs
 // themselves.
+#include "core/speed.h"
 #include "lighting/lighting.h"
 #include "link/link.h"
-#include "link/startup.h"
 #include "motion/motion.h"
-#include "motion/speed.h"
 #include "optics/calibration.h"
+#include "optics/opticalsetup.h"
 #include "optics/optics.h"
 #include "settings/guard.h"
 #include "settings/numbers.h"
+#include "settings/rig.h"
 #include "settings/settingnumbers.h"
 #include "settings/textformat.h"
 #include "settings/wait.h"
 #include "stacking/stacking.h"
+#include "startup/startup.h"
 
 #include <quendrix/Panel.h>
-#include <quendrix/ctlQuendrix.h>
 
 #include <QCheckBox>
 #include <QGroupBox>
@@ -50,14 +51,16 @@ QString commandNumber(double value) {
 // The steps of the sequences, each reading its keys and sending its commands.
 class RigSetup {
 public:
-    RigSetup(ctlQuendrix& control, Link& link, Waiter& waiter, Startup& startup)
-        : control_(control),
-          p_(*control.panel()),
+    RigSetup(Rig& rig, Panel& panel, Link& link, Waiter& waiter, Startup& startup,
+             const RigParts& parts)
+        : rig_(rig),
+          p_(panel),
           link_(link),
           waiter_(waiter),
           startup_(startup),
-          motion_(*control.motion()),
-          numbers_(control.settingNumbers()) {}
+          parts_(parts),
+          motion_(parts.motion),
+          numbers_(rig.settingNumbers()) {}
 
     // The stack's pause and number of planes, and how far axis 0 is raised.
     void stackTiming() {
@@ -71,23 +74,23 @@ public:
     }
 
     void camera() {
-        const QString section = control_.Kameratyp();
+        const QString section = parts_.optical.Kameratyp();
         const QString width = numbers_.numberText(section, QStringLiteral("Bildbreite"), "22,5");
-        control_.setSensorbreite(singleIn(width));
+        parts_.optical.setSensorbreite(singleIn(width));
         p_.SensorBreiteP->setText(
             numbers_.numberText(section, QStringLiteral("basisaufloesungx"), "1024"));
         p_.SensorBreiteA->setText(
             numbers_.numberText(section, QStringLiteral("aufloesungx"), "1024"));
         p_.Zwischenringe->setText(numbers_.numberText(
-            section, QStringLiteral("zwischenringe") + control_.MotorName().right(1), "0"));
+            section, QStringLiteral("zwischenringe") + rig_.MotorName().right(1), "0"));
     }
 
     // The board's status of the axis; a status without a division ("*") means the board cannot
     // switch micro-steps on this axis.
     void queryAxis(int axis) {
-        control_.Output(QStringLiteral("?%1#\r\n").arg(axis));
+        link_.Output(QStringLiteral("?%1#\r\n").arg(axis));
         waiter_.doEvents();
-        if (!link_.sKennText[axis].contains(u'*')) p_.cbMikroschritt[axis]->setEnabled(false);
+        if (!link_.sKennText()[axis].contains(u'*')) p_.cbMikroschritt[axis]->setEnabled(false);
     }
 
     // Lead per revolution and full steps per revolution.
@@ -98,13 +101,14 @@ public:
 
     // Whether micro-steps are offered; its box opens the divisions.
     void microStepsOffered(int axis) {
-        const qint16 current = axis == 0 ? control_.Mikroschritt0() : control_.Mikroschritt1();
+        const qint16 current =
+            axis == 0 ? parts_.motion.Mikroschritt(0) : parts_.motion.Mikroschritt(1);
         const auto offered =
             qint16(wholeNumber(axis, "Mikroschritte", QString::number(current), 0, 2));
         if (axis == 0)
-            control_.setMikroschritt0(offered);
+            parts_.motion.setMikroschritt(0, offered);
         else
-            control_.setMikroschritt1(offered);
+            parts_.motion.setMikroschritt(1, offered);
     }
 
     // The division kept in the settings; it is selected without the button's handler, which
@@ -126,8 +130,7 @@ public:
     void pause(int axis, const QString& byDefault) {
         QLineEdit* box = p_.Taktpause[axis];
         setTag(box, numberText(axis, "Taktpause", byDefault));
-        box->setText(
-            microStepPause(Val(tag(box)), motion_.exponentInForce(axis), control_.locale()));
+        box->setText(microStepPause(Val(tag(box)), motion_.exponentInForce(axis), rig_.locale()));
         send('w', axis, Trim(box->text()));
     }
 
@@ -158,12 +161,12 @@ public:
     // The last known position: the board's counter starts from it.
     void position(int axis) {
         const qint32 steps = wholeNumber(axis, "Position", QStringLiteral("0"));
-        link_.AchsPosition[axis] = steps;
+        link_.setAchsPosition(axis, steps);
         p_.lblPosition1[axis]->setText(QString::number(steps));
         std::optional<QString> mm;
         runQuietly([&] {
             mm = formatNumber(motion_.Schritte_in_mm(axis, steps).mm, QStringLiteral("##,##0.00"),
-                              control_.locale());
+                              rig_.locale());
         });
         if (mm) p_.lblPosition2[axis]->setText(*mm);
         if (axis == 0) {
@@ -217,7 +220,7 @@ public:
     void backlash(int axis) {
         const qint32 steps = wholeNumber(axis, "spiel", QStringLiteral("0"));
         p_.tSpiel[axis]->setText(QString::number(steps));
-        link_.backlash[axis] = steps;
+        link_.setBacklash(axis, steps);
         send('a', axis, Trim(p_.tSpiel[axis]->text()));
     }
 
@@ -225,7 +228,7 @@ public:
         p_.BBeginn[0]->setText(numberText(0, "Beginn", p_.BBeginn[0]->text()));
         p_.BEnde[0]->setText(numberText(0, "Ende", p_.BEnde[0]->text()));
     }
-    void seriesCounter() { control_.stacking()->Serie = control_.stacking()->seriesLength(); }
+    void seriesCounter() { parts_.stacking.Serie = parts_.stacking.seriesLength(); }
 
     // The brightness bars are set without sending: the lights follow once they are switched.
     void brightness(int channel, int axis, const char* key) {
@@ -237,25 +240,25 @@ public:
     // Which light the rig has: 0 the controller's two channels, 1 or more a light module, shown
     // in its frame. A module the panel has no frame for counts as none.
     void lightingMode() {
-        const qint32 mode = numbers_.wholeNumber(control_.MotorName(), "DLicht", "0", -32768,
+        const qint32 mode = numbers_.wholeNumber(rig_.MotorName(), "DLicht", "0", -32768,
                                                  qint32(p_.Frame13.size()));
-        control_.lighting()->DLicht = qint16(mode);
+        parts_.lighting.DLicht = qint16(mode);
         if (mode >= 1) p_.Frame13[mode - 1]->setVisible(true);
     }
     // The light module is chosen and told its type; without one, both channels are set.
     void bellowsLights() {
-        const qint16 mode = control_.lighting()->DLicht;
+        const qint16 mode = parts_.lighting.DLicht;
         if (mode < 1) {
             brightness(0, 0, "helligkeit0");
             brightness(1, 1, "helligkeit1");
             p_.Licht[0]->setChecked(true);
             return;
         }
-        control_.Output(QStringLiteral("m%1!").arg(mode - 1));
+        link_.Output(QStringLiteral("m%1!").arg(mode - 1));
         brightness(mode + 1, 0, "helligkeit0");
         p_.Licht[mode + 1]->setChecked(true);
         if (mode == 1)
-            control_.Output(QStringLiteral("t5!"));
+            link_.Output(QStringLiteral("t5!"));
         else
             startup_.typ_Click();
     }
@@ -263,16 +266,15 @@ public:
     // The lights go on, the optics follow the positions, and the light set above gets its
     // brightness through the bar's own handler.
     void bellowsFinish() {
-        control_.Beleuchtung(1);
-        runQuietly([&] { control_.optics()->updateExtension(); });
+        parts_.lighting.Beleuchtung(1);
+        runQuietly([&] { parts_.optics.updateExtension(); });
         if (p_.Label9->text().contains(u"mm"))
             runQuietly([&] {
-                p_.lblPosition[0]->setText(formatNumber(motion_.Schritte_in_mm(0, -1).mm,
-                                                        QStringLiteral("##,##0.000"),
-                                                        control_.locale()));
+                p_.lblPosition[0]->setText(formatNumber(
+                    motion_.Schritte_in_mm(0, -1).mm, QStringLiteral("##,##0.000"), rig_.locale()));
             });
-        runQuietly([&] { control_.optics()->BildGroesse(); });
-        const qint16 mode = control_.lighting()->DLicht;
+        runQuietly([&] { parts_.optics.BildGroesse(); });
+        const qint16 mode = parts_.lighting.DLicht;
         QScrollBar* bar = p_.HScroll1[mode < 1 ? 0 : mode + 1];
         emit bar->valueChanged(bar->value());
     }
@@ -285,17 +287,17 @@ public:
     }
 
     void send(char letter, int axis, const QString& value) {
-        control_.Output(axisLetter(letter, axis) + value + QLatin1Char('#'));
+        link_.Output(axisLetter(letter, axis) + value + QLatin1Char('#'));
     }
 
 private:
     QString setting(int axis, const QString& key, const QString& byDefault) {
-        return control_.ini(control_.MotorName() + QString::number(axis), key, byDefault);
+        return rig_.ini(rig_.MotorName() + QString::number(axis), key, byDefault);
     }
     QString setting(int axis, const char* key, const QString& byDefault) {
         return setting(axis, QString::fromLatin1(key), byDefault);
     }
-    QString section(int axis) const { return control_.MotorName() + QString::number(axis); }
+    QString section(int axis) const { return rig_.MotorName() + QString::number(axis); }
     QString numberText(int axis, const char* key, const QString& byDefault) {
         return numbers_.numberText(section(axis), QString::fromLatin1(key), byDefault);
     }
@@ -316,7 +318,7 @@ private:
     // A width in mm as the control's locale writes it ("22,5"), else its leading number.
     float singleIn(const QString& text) const {
         try {
-            return textToSingle(text, control_.locale());
+            return textToSingle(text, rig_.locale());
         } catch (const RuntimeError&) {
         }
         try {
@@ -326,11 +328,12 @@ private:
         }
     }
 
-    ctlQuendrix& control_;
+    Rig& rig_;
     Panel& p_;
     Link& link_;
     Waiter& waiter_;
     Startup& startup_;
+    const RigParts& parts_;
     Motion& motion_;
     SettingNumbers& numbers_;
 };
@@ -339,17 +342,17 @@ private:
 
 // Distance axis 0 and bellows axis 1. The two axes take their settings in different orders.
 void Startup::configureBellowsRig() {
-    RigSetup rig(control_, link_, waiter_, *this);
+    RigSetup rig(rig_, panel_, link_, waiter_, *this, parts_);
     rig.stackTiming();
     rig.raiseAmount(QStringLiteral("30"));
     rig.lightingMode();
     rig.camera();
-    runQuietly([&] { control_.calibration()->load(); });
+    runQuietly([&] { parts_.calibration.load(); });
 
     rig.queryAxis(0);
     rig.drive(0, QStringLiteral("1"), QStringLiteral("1600"));
     rig.microStepsOffered(0);
-    if (control_.Mikroschritt0() < 1)
+    if (parts_.motion.Mikroschritt(0) < 1)
         rig.fullSteps(0);
     else
         rig.chooseDivision(0, rig.storedDivision(0));
@@ -365,7 +368,7 @@ void Startup::configureBellowsRig() {
     rig.startTime(0);
     rig.stage(0);
     rig.stackRange();
-    runQuietly([&] { control_.stacking()->Ebenen_Change(); });
+    runQuietly([&] { parts_.stacking.Ebenen_Change(); });
     rig.seriesCounter();
 
     rig.queryAxis(1);
@@ -379,7 +382,7 @@ void Startup::configureBellowsRig() {
     rig.encoderRange(1);
     rig.travel(1, QStringLiteral("4050"));
     setTag(panel_.Slider1, QStringLiteral("OK"));
-    runQuietly([&] { control_.Balgen_einstellen(); });
+    runQuietly([&] { parts_.optics.Balgen_einstellen(); });
     rig.position(1);
     rig.internalDirection(1);
     rig.switches(1);
@@ -392,19 +395,19 @@ void Startup::configureBellowsRig() {
     panel_.Frame4->setEnabled(true);
     for (QWidget* control : panel_.Frame4->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
         control->setEnabled(true);
-    link_.bBereit = true;
+    link_.setBereit(true);
 }
 
 // One axis under a microscope or binocular stand; the division goes to the board at once.
 void Startup::configureSingleAxisRig() {
-    RigSetup rig(control_, link_, waiter_, *this);
+    RigSetup rig(rig_, panel_, link_, waiter_, *this, parts_);
     rig.queryAxis(0);
     rig.stackTiming();
     rig.camera();
     rig.raiseAmount(QStringLiteral("0"));
     rig.drive(0, QStringLiteral("1"), QStringLiteral("400"));
     rig.microStepsOffered(0);
-    if (control_.Mikroschritt0() < 1) {
+    if (parts_.motion.Mikroschritt(0) < 1) {
         rig.fullSteps(0);
         rig.send('g', 0, QStringLiteral("0"));
     } else {
@@ -413,24 +416,24 @@ void Startup::configureSingleAxisRig() {
         rig.send('g', 0, QString::number(exponent));
     }
     waiter_.doEvents();
-    control_.Output(QStringLiteral("h0#"));
+    link_.Output(QStringLiteral("h0#"));
     rig.pause(0, QStringLiteral("500"));
     rig.startTime(0);
     rig.stage(0);
     rig.limitsAndSwitches(0, QStringLiteral("1"));
-    control_.Output(QStringLiteral("b#"));
+    link_.Output(QStringLiteral("b#"));
     rig.brightness(0, 0, "helligkeit0");
     rig.brightness(1, 1, "helligkeit1");
-    control_.Beleuchtung(1);
+    parts_.lighting.Beleuchtung(1);
     rig.backlash(0);
     rig.stackRange();
     rig.seriesCounter();
-    link_.bBereit = true;
+    link_.setBereit(true);
 }
 
 // Distance axis 0 and the five-position lens changer, whose captions are kept here too.
 void Startup::configureLensChangerRig() {
-    RigSetup rig(control_, link_, waiter_, *this);
+    RigSetup rig(rig_, panel_, link_, waiter_, *this, parts_);
     rig.raiseAmount(QStringLiteral("30"));
     rig.stackTiming();
     rig.camera();
@@ -438,12 +441,12 @@ void Startup::configureLensChangerRig() {
     rig.pause(0, QStringLiteral("500"));
     rig.limitsAndSwitches(0, QStringLiteral("1"));
     rig.brightness(0, 0, "helligkeit0");
-    control_.Beleuchtung(1);
+    parts_.lighting.Beleuchtung(1);
     rig.backlash(0);
     rig.stackRange();
     rig.seriesCounter();
     rig.changerCaptions();
-    link_.bBereit = true;
+    link_.setBereit(true);
 }
 
 }  // namespace quendrix

@@ -1,15 +1,16 @@
 // Bringing the board into service once its link is open: the board says who it is, the rig's
 // settings go onto the panel and to the board (deviceconfig.cpp, one sequence per rig type),
 // and the host learns through Bereitschaft whether the rig is ready.
-#include "control/panelhold.h"
+#include "core/speed.h"
 #include "link/link.h"
-#include "link/startup.h"
-#include "motion/speed.h"
+#include "optics/optics.h"
 #include "settings/numbers.h"
+#include "settings/rig.h"
 #include "settings/wait.h"
+#include "startup/panelhold.h"
+#include "startup/startup.h"
 
 #include <quendrix/Panel.h>
-#include <quendrix/ctlQuendrix.h>
 
 #include <QLineEdit>
 #include <QRadioButton>
@@ -36,17 +37,17 @@ bool namesKnownBoard(const QString& identification) {
 
 void Startup::Motor_Starten() {
     Panel& p = panel_;
-    Platform& platform = control_.platform();
+    Platform& platform = rig_.platform();
     const PanelHold held(control_);
 
     // Output clears the acknowledgement before it sends, so the wait below ends on the
     // board's answer to this query, not on an earlier one.
-    control_.Output(QStringLiteral("?#\r\n"));
-    waiter_.waitFor([this] { return link_.bQuittiert; }, kIdentificationSeconds);
+    link_.Output(QStringLiteral("?#\r\n"));
+    waiter_.waitFor([this] { return link_.bQuittiert(); }, kIdentificationSeconds);
 
     // No answer leaves the identification empty (or as it was), which is reported like a
     // board that is no Arduino.
-    const QString identification = link_.sKennText[1];
+    const QString identification = link_.sKennText()[1];
     bool recognised = false;
     if (!identification.contains(u"Arduino")) {
         p.Text1[0]->setText(QStringLiteral("Arduino nicht gefunden. "));
@@ -64,17 +65,17 @@ void Startup::Motor_Starten() {
         platform.messageBox(tr("Motorstrom einschalten"), MsgBox::Exclamation, QString());
 
     if (!recognised) {
-        link_.bBereit = false;
+        link_.setBereit(false);
         const QString report =
             identification.contains(u"unbekannt")
-                ? tr("Arduino Interface kennt den Motor %1 nicht").arg(control_.Controltyp())
+                ? tr("Arduino Interface kennt den Motor %1 nicht").arg(rig_.Controltyp())
                 : tr("Arduino Interface nicht angeschlossen oder von "
                      "anderem Programm verwendet") +
                       QStringLiteral("\r\n") + p.Text1[0]->text();
         platform.messageBox(report, MsgBox::OKOnly, tr("Interface suchen"));
     } else {
-        control_.Optik_laden();
-        switch (control_.Controltyp()) {
+        parts_.optics.Optik_laden();
+        switch (rig_.Controltyp()) {
             case 0:
                 configureBellowsRig();
                 break;
@@ -86,31 +87,31 @@ void Startup::Motor_Starten() {
                 break;
             default:
                 // A rig type this panel has no settings for is taken as it is.
-                link_.bBereit = true;
+                link_.setBereit(true);
                 break;
         }
     }
 
     // Whether the rig has its light channels is known even when the board is not.
-    const QString section = control_.MotorName();
+    const QString section = rig_.MotorName();
     for (int channel : {0, 1}) {
-        const QString fitted = control_.ini(section, QStringLiteral("Lichtregler%1").arg(channel),
-                                            QStringLiteral("1"));
+        const QString fitted =
+            rig_.ini(section, QStringLiteral("Lichtregler%1").arg(channel), QStringLiteral("1"));
         if (Trim(fitted) == u"0") p.HScroll1[channel]->setVisible(false);
     }
-    emit control_.Bereitschaft(link_.bBereit);
+    emit Bereitschaft(link_.bBereit());
 }
 
 // The limit-switch and direction settings of the axis chosen with obMotor take effect.
 void Startup::Setzen_Click() {
     const int axis = panel_.obMotor[1]->isChecked() ? 1 : 0;
-    control_.Output(axisLetter('t', axis) + QStringLiteral("1#"));
+    link_.Output(axisLetter('t', axis) + QStringLiteral("1#"));
 }
 
 // The light module is told which module it is ("m1!"), then its segment setting ("s0!").
 void Startup::typ_Click() {
-    control_.Output(QStringLiteral("m1!"));
-    control_.Output(QStringLiteral("s0!"));
+    link_.Output(QStringLiteral("m1!"));
+    link_.Output(QStringLiteral("s0!"));
 }
 
 }  // namespace quendrix

@@ -1,4 +1,4 @@
-#include "control/panelhold.h"
+#include "startup/panelhold.h"
 
 #include <QLayout>
 #include <QWidget>

@@ -1,4 +1,4 @@
-#include "optics/calibrationmath.h"
+#include "core/calibrationmath.h"
 
 #include "settings/numbers.h"
 

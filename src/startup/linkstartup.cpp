@@ -1,13 +1,13 @@
 // Opening the link to the board and identifying it, over the serial port or WiFi.
 #include "link/link.h"
-#include "link/startup.h"
 #include "settings/guard.h"
 #include "settings/numbers.h"
+#include "settings/rig.h"
 #include "settings/settingnumbers.h"
 #include "settings/wait.h"
+#include "startup/startup.h"
 
 #include <quendrix/Panel.h>
-#include <quendrix/ctlQuendrix.h>
 
 #include <QCheckBox>
 #include <QFileInfo>
@@ -29,12 +29,18 @@ constexpr double kRetrySeconds = 6;
 constexpr quint16 kWifiPort = 23;
 }  // namespace
 
-Startup::Startup(ctlQuendrix& control, Panel& panel, Link& link, Waiter& waiter)
-    : control_(control), panel_(panel), link_(link), waiter_(waiter) {
+Startup::Startup(Rig& rig, QWidget& control, Panel& panel, Link& link, Waiter& waiter,
+                 const RigParts& parts, bool& wifi)
+    : rig_(rig),
+      control_(control),
+      panel_(panel),
+      link_(link),
+      waiter_(waiter),
+      parts_(parts),
+      wifi_(wifi) {
     connect(panel_.Setzen, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { Setzen_Click(); }));
-    connect(panel_.typ, &QPushButton::clicked, this,
-            guardedSlot(control_, [this] { typ_Click(); }));
+            guardedSlot(rig_, [this] { Setzen_Click(); }));
+    connect(panel_.typ, &QPushButton::clicked, this, guardedSlot(rig_, [this] { typ_Click(); }));
 }
 
 QString Startup::serialDeviceFor(const QString& port) {
@@ -65,7 +71,7 @@ std::pair<QString, quint16> Startup::wifiAddressFor(const QString& address) {
 // A known rig controller says "Arduino" and what it is.
 bool Startup::identifiedBoard(const QString& line) const {
     auto anyText = [this](const QString& word) {
-        return std::any_of(link_.sKennText.begin(), link_.sKennText.end(),
+        return std::any_of(link_.sKennText().begin(), link_.sKennText().end(),
                            [&](const QString& text) { return text.contains(word); });
     };
     return line.contains(u"Motorspannung") || line.contains(u"Photostand") ||
@@ -75,13 +81,13 @@ bool Startup::identifiedBoard(const QString& line) const {
 
 void Startup::Comm_Starten() {
     Panel& p = panel_;
-    const QString section = control_.MotorName();
-    const qint32 baud = control_.settingNumbers().wholeNumber(section, QStringLiteral("baud"),
-                                                              QStringLiteral("115200"), 1);
-    p.ComPort->setText(control_.ini(section, QStringLiteral("port"), QStringLiteral("6")));
+    const QString section = rig_.MotorName();
+    const qint32 baud = rig_.settingNumbers().wholeNumber(section, QStringLiteral("baud"),
+                                                          QStringLiteral("115200"), 1);
+    p.ComPort->setText(rig_.ini(section, QStringLiteral("port"), QStringLiteral("6")));
     p.ComBaud->setText(QString::number(baud));
     setValue(p.Check2, 1);
-    control_.wifi = false;
+    wifi_ = false;
 
     QSerialPort* port = p.MSComm1;
     if (port->isOpen()) port->close();
@@ -93,36 +99,36 @@ void Startup::Comm_Starten() {
     if (!port->open(QIODevice::ReadWrite)) return;  // the status box keeps what it said
 
     // An Arduino resets when its port opens and is deaf for a moment: ask up to five times.
-    link_.bQuittiert = false;
-    for (int attempt = 0; attempt < kSerialAttempts && !link_.bQuittiert; ++attempt) {
+    link_.setQuittiert(false);
+    for (int attempt = 0; attempt < kSerialAttempts && !link_.bQuittiert(); ++attempt) {
         port->write(kIdentify);
         port->flush();
-        waiter_.waitFor([this] { return link_.bQuittiert; }, kSerialAttemptSeconds);
+        waiter_.waitFor([this] { return link_.bQuittiert(); }, kSerialAttemptSeconds);
     }
-    if (!link_.sLetzteZeile.contains(u"Arduino")) {
+    if (!link_.sLetzteZeile().contains(u"Arduino")) {
         p.Text1[0]->setText(QStringLiteral("Nicht verbunden"));
         port->close();
         return;
     }
-    if (!identifiedBoard(link_.sLetzteZeile)) {
+    if (!identifiedBoard(link_.sLetzteZeile())) {
         p.Text1[0]->setText(QStringLiteral("Falsch verbunden"));
         port->close();
         return;
     }
-    p.Text1[0]->setText(link_.sLetzteZeile);
+    p.Text1[0]->setText(link_.sLetzteZeile());
     Motor_Starten();
 }
 
 void Startup::WiFi_Starten() {
     Panel& p = panel_;
-    link_.bQuittiert = false;
-    const QString address = control_.ini(control_.MotorName(), QStringLiteral("IP"), QString());
+    link_.setQuittiert(false);
+    const QString address = rig_.ini(rig_.MotorName(), QStringLiteral("IP"), QString());
     if (address.isEmpty()) {
-        control_.platform().messageBox(tr("Keine IP vergeben für diese Steuerung"), MsgBox::OKOnly,
-                                       QStringLiteral("WiFi_Starten"));
+        rig_.platform().messageBox(tr("Keine IP vergeben für diese Steuerung"), MsgBox::OKOnly,
+                                   QStringLiteral("WiFi_Starten"));
         return;
     }
-    control_.wifi = true;
+    wifi_ = true;
     QTcpSocket* socket = p.Telnet1;
     const auto [host, port] = wifiAddressFor(address);
     socket->connectToHost(host, port);
@@ -138,28 +144,28 @@ void Startup::WiFi_Starten() {
         socket->write(kIdentify);
         socket->flush();
         waiter_.doEvents();
-        waiter_.waitFor([this] { return link_.bQuittiert; }, seconds);
+        waiter_.waitFor([this] { return link_.bQuittiert(); }, seconds);
     };
     if (socket->state() == QAbstractSocket::ConnectedState) {
         ask(kWakeSeconds);  // this answer only wakes the link
-        link_.bQuittiert = false;
+        link_.setQuittiert(false);
         ask(kAnswerSeconds);
-        if (!link_.bQuittiert) ask(kRetrySeconds);
+        if (!link_.bQuittiert()) ask(kRetrySeconds);
     }
 
-    if (!link_.sLetzteZeile.contains(u"Arduino")) {
+    if (!link_.sLetzteZeile().contains(u"Arduino")) {
         p.Text1[0]->setText(QStringLiteral("WiFi Nicht verbunden"));
-    } else if (!identifiedBoard(link_.sLetzteZeile)) {
+    } else if (!identifiedBoard(link_.sLetzteZeile())) {
         p.Text1[0]->setText(QStringLiteral("WiFi Falsch verbunden"));
     } else {
-        p.Text1[0]->setText(link_.sLetzteZeile);
+        p.Text1[0]->setText(link_.sLetzteZeile());
         Motor_Starten();
     }
     // The board reports its motor supply switched off.
-    if (link_.sLetzteZeile.contains(u"Motorspannung") ||
-        link_.sKennText[1].contains(u"Motorspannung"))
-        control_.platform().messageBox(tr("Versorgungsspannung am Steuergerät einschalten"),
-                                       MsgBox::OKOnly, tr("Kommunikation starten"));
+    if (link_.sLetzteZeile().contains(u"Motorspannung") ||
+        link_.sKennText()[1].contains(u"Motorspannung"))
+        rig_.platform().messageBox(tr("Versorgungsspannung am Steuergerät einschalten"),
+                                   MsgBox::OKOnly, tr("Kommunikation starten"));
 }
 
 }  // namespace quendrix

@@ -4,13 +4,30 @@
 #include <QString>
 #include <functional>
 
-class ctlQuendrix;
+class QWidget;
 
 namespace quendrix {
 
+class Calibration;
+class Lighting;
 class Link;
+class Motion;
+class OpticalSetup;
+class Optics;
 class Panel;
+class Rig;
+class Stacking;
 class Waiter;
+
+// The parts of the control that start-up configures and shutdown reads back.
+struct RigParts {
+    Motion& motion;
+    Lighting& lighting;
+    Optics& optics;
+    Calibration& calibration;
+    Stacking& stacking;
+    OpticalSetup& optical;
+};
 
 // Bringing the rig into service and out of it: opening the serial or WiFi link and
 // identifying the board (Comm_Starten, WiFi_Starten), configuring it from the settings file
@@ -20,7 +37,10 @@ class Startup : public QObject {
     Q_OBJECT
 
 public:
-    Startup(ctlQuendrix& control, Panel& panel, Link& link, Waiter& waiter);
+    // control is the widget the panel is shown in (held while start-up fills the panel); wifi
+    // the control's public variable that tells which transport the link runs over.
+    Startup(Rig& rig, QWidget& control, Panel& panel, Link& link, Waiter& waiter,
+            const RigParts& parts, bool& wifi);
 
     void Comm_Starten();
     void WiFi_Starten();
@@ -42,6 +62,10 @@ public:
     // Shows tab 0 without a return from a settings tab (the control sets it).
     std::function<void()> showOperatingTab;
 
+signals:
+    // Start-up has finished; bereit tells whether the rig is ready.
+    void Bereitschaft(bool bereit);
+
 private:
     bool identifiedBoard(const QString& line) const;
     // The settings of each rig type onto the panel and to the board (Controltyp 0, 1, 2);
@@ -50,10 +74,13 @@ private:
     void configureLensChangerRig();
     void configureSingleAxisRig();
 
-    ctlQuendrix& control_;
+    Rig& rig_;
+    QWidget& control_;
     Panel& panel_;
     Link& link_;
     Waiter& waiter_;
+    RigParts parts_;
+    bool& wifi_;
 };
 
 }  // namespace quendrix

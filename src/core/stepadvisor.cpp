@@ -1,4 +1,4 @@
-#include "stacking/stepadvisor.h"
+#include "core/stepadvisor.h"
 
 #include "settings/numbers.h"
 

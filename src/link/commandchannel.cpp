@@ -1,6 +1,6 @@
 // Sending commands with the acknowledge handshake, and the two receive handlers.
+#include "core/replyline.h"
 #include "link/link.h"
-#include "link/replyline.h"
 #include "settings/cp1252.h"
 #include "settings/guard.h"
 #include "settings/wait.h"
@@ -17,20 +17,8 @@ namespace quendrix {
 namespace {
 
 const QString kLineEnd = QStringLiteral("\r\n");
-const QChar kStrayLeadByte(0xC2);  // "Â": a byte the board can emit before a line
 constexpr double kAcknowledgeSeconds = 2;
 constexpr double kReleaseSeconds = 31;
-
-// The line at the front of `received` with its line end, without a stray lead byte.
-QString frontLine(const QString& received, qsizetype length) {
-    QString line = received.left(length);
-    if (line.startsWith(kStrayLeadByte)) line.remove(0, 1);
-    return line;
-}
-
-QString withoutLineEnd(const QString& line) {
-    return line.left(line.indexOf(kLineEnd));
-}
 
 }  // namespace
 
@@ -110,49 +98,18 @@ void Link::received(const QByteArray& bytes, bool viaSocket) {
         const QString data = fromCp1252(bytes);
         if (viaSocket && data == kLineEnd) return;
         sEmpfang_ += data;
-        if (viaSocket)
-            takeSocketLines();
-        else
-            takeSerialLines();
+        takeLines(viaSocket);
     });
 }
 
-// Over the serial port every line without "q" or "Q" acknowledges; the identification and
-// axis status lines, which carry them, are only evaluated.
-void Link::takeSerialLines() {
-    qsizetype end;
-    while ((end = sEmpfang_.indexOf(kLineEnd)) >= 0) {
-        const qsizetype length = end + kLineEnd.size();
-        const QString line = frontLine(sEmpfang_, length);
-        sEmpfang_.remove(0, length);
-        if (!line.contains(u'q') && !line.contains(u'Q')) {
-            sLetzteZeile_ = withoutLineEnd(line);
-            Auswerten(line, false);
-            bQuittiert_ = true;
-        } else {
-            Auswerten(line, false);
-        }
-        waiter_.doEvents();
-    }
-}
-
-// Over the socket only the first character decides: status lines start with one of "qQ&@"
-// and do not acknowledge by themselves; empty lines are dropped unseen.
-void Link::takeSocketLines() {
-    static const QString kStatusLineStarts = QStringLiteral("qQ&@");
-    qsizetype end;
-    while ((end = sEmpfang_.indexOf(kLineEnd)) >= 0) {
-        const qsizetype length = end + kLineEnd.size();
-        const QString line = frontLine(sEmpfang_, length);
-        sEmpfang_.remove(0, length);
-        if (kStatusLineStarts.contains(line.at(0))) {
-            sLetzteZeile_ = withoutLineEnd(line);
-            Auswerten(line, true);
-        } else if (line.compare(QStringLiteral(" ")) > 0) {
-            sLetzteZeile_ = withoutLineEnd(line);
-            Auswerten(line, true);
-            bQuittiert_ = true;
-        }
+// The transports differ only in which lines count as an acknowledgement by themselves (see
+// handlingOf).
+void Link::takeLines(bool viaSocket) {
+    while (const std::optional<QString> line = cutLine(sEmpfang_)) {
+        const LineHandling handling = handlingOf(*line, viaSocket);
+        if (handling.lastLine) sLetzteZeile_ = withoutLineEnd(*line);
+        if (handling.evaluate) Auswerten(*line, viaSocket);
+        if (handling.acknowledges) bQuittiert_ = true;
         waiter_.doEvents();
     }
 }

@@ -89,10 +89,8 @@ signals:
 private:
     void serialReceived();
     void socketReceived();
-    // Takes the complete lines out of sEmpfang; the transports differ in which lines count
-    // as an acknowledgement by themselves.
-    void takeSerialLines();
-    void takeSocketLines();
+    // Takes the complete lines out of sEmpfang and hands them on.
+    void takeLines(bool viaSocket);
     void failed(const QString& text);
 
     // Parts of Auswerten.

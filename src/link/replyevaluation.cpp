@@ -1,7 +1,8 @@
 // Auswerten: the one place where text from the board becomes state and display.
+#include "core/readout.h"
+#include "core/replyline.h"
 #include "core/units.h"
 #include "link/link.h"
-#include "link/replyline.h"
 #include "settings/guard.h"
 #include "settings/numbers.h"
 #include "settings/textformat.h"
@@ -148,13 +149,11 @@ void Link::showPosition(int axis) {
     } catch (const RuntimeError&) {
         // No steps per revolution entered yet: there is nothing to show in millimetres.
     }
-    if (mm)
-        panel_.lblPosition2[axis]->setText(formatNumber(*mm, QStringLiteral("##,##0.00"), locale));
+    if (mm) panel_.lblPosition2[axis]->setText(millimetresText(*mm, locale));
     if (axis == 0) {
-        if (!panel_.Label9->text().contains(u"mm"))
-            panel_.lblPosition[0]->setText(QString::number(steps));
-        else if (mm)
-            panel_.lblPosition[0]->setText(formatNumber(*mm, QStringLiteral("##,##0.00"), locale));
+        const bool inMillimetres = readoutInMillimetres(panel_.Label9->text());
+        if (const auto readout = positionReadout(steps, mm, inMillimetres, locale))
+            panel_.lblPosition[0]->setText(*readout);
         panel_.Slider2->setValue(steps);
     }
 }

@@ -1,5 +1,6 @@
 // Moving by amounts and to positions: raise and lower, the rotate button, the position
 // readout in steps or millimetres, absolute positioning and the stack's range travel.
+#include "core/readout.h"
 #include "core/speed.h"
 #include "core/units.h"
 #include "link/link.h"
@@ -75,14 +76,13 @@ void Motion::Drehen_MouseUp(int button) {
 
 void Motion::Label9_Click() {
     Panel& p = panel_;
-    if (p.Label9->text().contains(u"mm")) {
+    if (readoutInMillimetres(p.Label9->text())) {
         p.Label9->setText(Panel::tr("Position [Schritte]"));
         p.lblPosition[0]->setText(QString::number(link_.AchsPosition()[0]));
     } else {
         //: Must hold "mm": the readout shows millimetres exactly when its caption does.
         p.Label9->setText(Panel::tr("Position [mm]"));
-        p.lblPosition[0]->setText(
-            formatNumber(Schritte_in_mm(0, -1).mm, QStringLiteral("##,##0.00"), rig_.locale()));
+        p.lblPosition[0]->setText(millimetresText(Schritte_in_mm(0, -1).mm, rig_.locale()));
     }
     p.lblPosition[1]->setText(p.lblPosition[0]->text());
 }

@@ -15,6 +15,7 @@
 #include <QThread>
 #include <QTimer>
 #include <cmath>
+#include <utility>
 
 namespace quendrix {
 
@@ -198,37 +199,26 @@ public:
     }
 
 private:
+    // The message box's icon for the icon bits (16 to 64) of a style.
     static QMessageBox::Icon iconOf(int style) {
-        switch (style & 112) {
-            case MsgBox::Critical:
-                return QMessageBox::Critical;
-            case MsgBox::Question:
-                return QMessageBox::Question;
-            case MsgBox::Exclamation:
-                return QMessageBox::Warning;
-            case MsgBox::Information:
-                return QMessageBox::Information;
-            default:
-                return QMessageBox::NoIcon;
-        }
+        static constexpr std::pair<int, QMessageBox::Icon> kIcons[] = {
+            {MsgBox::Critical, QMessageBox::Critical},
+            {MsgBox::Question, QMessageBox::Question},
+            {MsgBox::Exclamation, QMessageBox::Warning},
+            {MsgBox::Information, QMessageBox::Information}};
+        for (const auto& [bits, icon] : kIcons)
+            if ((style & 112) == bits) return icon;
+        return QMessageBox::NoIcon;
     }
+    // The button that gives an answer code; OK for any other code.
     static QMessageBox::StandardButton buttonOf(int answer) {
-        switch (answer) {
-            case MsgBox::Cancel:
-                return QMessageBox::Cancel;
-            case MsgBox::Abort:
-                return QMessageBox::Abort;
-            case MsgBox::Retry:
-                return QMessageBox::Retry;
-            case MsgBox::Ignore:
-                return QMessageBox::Ignore;
-            case MsgBox::Yes:
-                return QMessageBox::Yes;
-            case MsgBox::No:
-                return QMessageBox::No;
-            default:
-                return QMessageBox::Ok;
-        }
+        static constexpr std::pair<int, QMessageBox::StandardButton> kButtons[] = {
+            {MsgBox::Cancel, QMessageBox::Cancel}, {MsgBox::Abort, QMessageBox::Abort},
+            {MsgBox::Retry, QMessageBox::Retry},   {MsgBox::Ignore, QMessageBox::Ignore},
+            {MsgBox::Yes, QMessageBox::Yes},       {MsgBox::No, QMessageBox::No}};
+        for (const auto& [code, button] : kButtons)
+            if (answer == code) return button;
+        return QMessageBox::Ok;
     }
 
     QElapsedTimer clock_;

@@ -31,30 +31,29 @@ QString RuntimeError::text() const {
 }
 
 QString RuntimeError::description(int number) {
-    switch (number) {
-        case InvalidCall:
-            return Message::tr("Unzulässiger Prozeduraufruf oder ungültiges Argument");
-        case Overflow:
-            return Message::tr("Überlauf");
-        case OutOfMemory:
-            return Message::tr("Nicht genügend Speicher");
-        case SubscriptOutOfRange:
-            return Message::tr("Index außerhalb des gültigen Bereichs");
-        case DivisionByZero:
-            return Message::tr("Division durch Null");
-        case TypeMismatch:
-            return Message::tr("Typen unverträglich");
-        case InternalError:
-            return Message::tr("Interner Fehler");
-        case FileNotFound:
-            return Message::tr("Datei nicht gefunden");
-        case InputPastEndOfFile:
-            return Message::tr("Einlesen hinter Dateiende");
-        case InvalidPropertyValue:
-            return Message::tr("Unzulässiger Eigenschaftswert");
-        default:
-            return Message::tr("Anwendungs- oder objektdefinierter Fehler");
-    }
+    struct Description {
+        int number;
+        const char* text;
+    };
+    static constexpr Description kDescriptions[] = {
+        {InvalidCall, QT_TRANSLATE_NOOP("quendrix::RuntimeError",
+                                        "Unzulässiger Prozeduraufruf oder ungültiges Argument")},
+        {Overflow, QT_TRANSLATE_NOOP("quendrix::RuntimeError", "Überlauf")},
+        {OutOfMemory, QT_TRANSLATE_NOOP("quendrix::RuntimeError", "Nicht genügend Speicher")},
+        {SubscriptOutOfRange,
+         QT_TRANSLATE_NOOP("quendrix::RuntimeError", "Index außerhalb des gültigen Bereichs")},
+        {DivisionByZero, QT_TRANSLATE_NOOP("quendrix::RuntimeError", "Division durch Null")},
+        {TypeMismatch, QT_TRANSLATE_NOOP("quendrix::RuntimeError", "Typen unverträglich")},
+        {InternalError, QT_TRANSLATE_NOOP("quendrix::RuntimeError", "Interner Fehler")},
+        {FileNotFound, QT_TRANSLATE_NOOP("quendrix::RuntimeError", "Datei nicht gefunden")},
+        {InputPastEndOfFile,
+         QT_TRANSLATE_NOOP("quendrix::RuntimeError", "Einlesen hinter Dateiende")},
+        {InvalidPropertyValue,
+         QT_TRANSLATE_NOOP("quendrix::RuntimeError", "Unzulässiger Eigenschaftswert")},
+    };
+    for (const Description& known : kDescriptions)
+        if (known.number == number) return Message::tr(known.text);
+    return Message::tr("Anwendungs- oder objektdefinierter Fehler");
 }
 
 }  // namespace quendrix

@@ -9,6 +9,7 @@
 // board is configured all the same. Boxes whose own
 // handlers would talk to the board are set quietly: the sequences send what the board needs
 // themselves.
+#include "core/readout.h"
 #include "core/speed.h"
 #include "lighting/lighting.h"
 #include "link/link.h"
@@ -163,17 +164,13 @@ public:
         const qint32 steps = wholeNumber(axis, "Position", QStringLiteral("0"));
         link_.setAchsPosition(axis, steps);
         p_.lblPosition1[axis]->setText(QString::number(steps));
-        std::optional<QString> mm;
-        runQuietly([&] {
-            mm = formatNumber(motion_.Schritte_in_mm(axis, steps).mm, QStringLiteral("##,##0.00"),
-                              rig_.locale());
-        });
-        if (mm) p_.lblPosition2[axis]->setText(*mm);
+        std::optional<float> mm;
+        runQuietly([&] { mm = motion_.Schritte_in_mm(axis, steps).mm; });
+        if (mm) p_.lblPosition2[axis]->setText(millimetresText(*mm, rig_.locale()));
         if (axis == 0) {
-            if (!p_.Label9->text().contains(u"mm"))
-                p_.lblPosition[0]->setText(QString::number(steps));
-            else if (mm)
-                p_.lblPosition[0]->setText(*mm);
+            const bool inMillimetres = readoutInMillimetres(p_.Label9->text());
+            if (const auto readout = positionReadout(steps, mm, inMillimetres, rig_.locale()))
+                p_.lblPosition[0]->setText(*readout);
         }
         send('p', axis, p_.lblPosition1[axis]->text());
     }
@@ -268,7 +265,7 @@ public:
     void bellowsFinish() {
         parts_.lighting.Beleuchtung(1);
         runQuietly([&] { parts_.optics.updateExtension(); });
-        if (p_.Label9->text().contains(u"mm"))
+        if (readoutInMillimetres(p_.Label9->text()))
             runQuietly([&] {
                 p_.lblPosition[0]->setText(formatNumber(
                     motion_.Schritte_in_mm(0, -1).mm, QStringLiteral("##,##0.000"), rig_.locale()));

@@ -1,7 +1,7 @@
 // Reply evaluation and the handshake rules, fed directly with text (no transport).
 #include "control/internals.h"
+#include "core/replyline.h"
 #include "link/link.h"
-#include "link/replyline.h"
 #include "support/testplatform.h"
 
 #include <quendrix/ctlQuendrix.h>

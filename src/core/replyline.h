@@ -25,4 +25,25 @@ std::optional<int> microStepExponent(double divisor);
 // of the board's identification characters.
 bool isAcknowledgementLine(const QString& line, const QString& kennung);
 
+// Takes the first complete line, up to and with its CR LF, off the front of `received`; a
+// stray lead byte "Â" the board can send before a line is dropped. None while no line is
+// complete.
+std::optional<QString> cutLine(QString& received);
+// A line without its line end.
+QString withoutLineEnd(const QString& line);
+
+// What a receive handler does with a complete line: evaluate it, keep it as the last line,
+// take it as an acknowledgement. Over the serial port every line without "q" or "Q"
+// acknowledges and is the last line; the identification and axis status lines, which carry
+// them, are only evaluated. Over the socket only the first character decides: status lines
+// start with one of "qQ&@", are the last line and do not acknowledge by themselves; any
+// other line above " " acknowledges; empty lines are dropped unseen.
+struct LineHandling {
+    bool evaluate = false;
+    bool lastLine = false;
+    bool acknowledges = false;
+    bool operator==(const LineHandling&) const = default;
+};
+LineHandling handlingOf(const QString& line, bool viaSocket);
+
 }  // namespace quendrix

@@ -80,7 +80,7 @@ int main(int argc, char* argv[]) {
     control.MSComm1()->setPortName(pty.devicePath());
     if (!control.MSComm1()->open(QIODevice::ReadWrite)) return 1;
     quendrix::internals(control).link()->setQuittiert(true);
-    quendrix::internals(control).motion()->maxPosition[0] = 100000;
+    quendrix::internals(control).motion()->setMaxPosition(0, 100000);
     p.Steigung[0]->setText(QStringLiteral("1"));
     p.Schritte[0]->setText(QStringLiteral("400"));
     p.wartezeit->setText(QStringLiteral("10"));

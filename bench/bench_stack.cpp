@@ -45,7 +45,7 @@ int main(int argc, char* argv[]) {
     control.MSComm1()->setBaudRate(115200);
     if (!control.MSComm1()->open(QIODevice::ReadWrite)) return 1;
     quendrix::internals(control).link()->setQuittiert(true);
-    quendrix::internals(control).motion()->maxPosition[0] = 10000000;
+    quendrix::internals(control).motion()->setMaxPosition(0, 10000000);
     p.Steigung[0]->setText(QStringLiteral("1"));
     p.Schritte[0]->setText(QStringLiteral("400"));
     p.Taktpause[0]->setText(QStringLiteral("100"));

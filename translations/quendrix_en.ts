@@ -1328,6 +1328,26 @@ The stack is not started.</translation>
         <comment>the bellows opens</comment>
         <translation>Open</translation>
     </message>
+    <message>
+        <source>Übernehmen</source>
+        <translation>Use</translation>
+    </message>
+    <message>
+        <source>Die vorgeschlagene Zahl der Ebenen übernehmen</source>
+        <translation>Use the suggested number of planes</translation>
+    </message>
+    <message>
+        <source>Blende</source>
+        <translation>Aperture</translation>
+    </message>
+    <message>
+        <source>Unschärfe [mm]</source>
+        <translation>Blur [mm]</translation>
+    </message>
+    <message>
+        <source>Zerstreuungskreis: der Durchmesser, der noch als scharf gilt</source>
+        <translation>Circle of confusion: the diameter that still counts as sharp</translation>
+    </message>
 </context>
 <context>
     <name>quendrix::RuntimeError</name>
@@ -1401,26 +1421,6 @@ The stack is not started.</translation>
     <message>
         <source>, noch etwa %1 s</source>
         <translation>, about %1 s left</translation>
-    </message>
-    <message>
-        <source>Übernehmen</source>
-        <translation>Use</translation>
-    </message>
-    <message>
-        <source>Die vorgeschlagene Zahl der Ebenen übernehmen</source>
-        <translation>Use the suggested number of planes</translation>
-    </message>
-    <message>
-        <source>Blende</source>
-        <translation>Aperture</translation>
-    </message>
-    <message>
-        <source>Unschärfe [mm]</source>
-        <translation>Blur [mm]</translation>
-    </message>
-    <message>
-        <source>Zerstreuungskreis: der Durchmesser, der noch als scharf gilt</source>
-        <translation>Circle of confusion: the diameter that still counts as sharp</translation>
     </message>
 </context>
 <context>

@@ -109,6 +109,13 @@ public:
     QPushButton* Schicht;
     QPushButton* Combine;
     QPushButton* Kopie;
+    // A running stack's progress, and the spacing advisor (aperture and circle of confusion in,
+    // the suggested number of planes out, and the button that takes it).
+    QLabel* Fortschritt;
+    QLineEdit* Blende;
+    QLineEdit* Zerstreuungskreis;
+    QLabel* Vorschlag;
+    QPushButton* VorschlagUebernehmen;
 
     // Lens changer and optics shown on the operating tab.
     QGroupBox* Frame1;
@@ -138,7 +145,8 @@ public:
     QRadioButton* Option1;
     QPushButton* Synchron;
     QTableWidget* Grid1;
-    QLineEdit* Zelle;  // the cell editor floated over Grid1
+    QLineEdit* Zelle;         // the cell editor floated over Grid1
+    QWidget* Kalibrierkurve;  // the calibration list's points and the line they give
     QPushButton* Loeschen;
 
     // Tab "Achsen": per-axis configuration, connection.

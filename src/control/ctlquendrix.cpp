@@ -1,6 +1,7 @@
 // The control shell: design-time properties, container hooks and the settings utilities.
 #include <quendrix/ctlQuendrix.h>
 
+#include "control/calibrationplot.h"
 #include "control/changerclicks.h"
 #include "control/hostfolder.h"
 #include "control/internals.h"
@@ -165,6 +166,9 @@ ctlQuendrix::ctlQuendrix(QWidget* parent)
     connect(parts_->stacking_.get(), &Stacking::Mittelwert, this, &ctlQuendrix::Mittelwert);
     connect(parts_->stacking_.get(), &Stacking::Kombinieren, this, &ctlQuendrix::Kombinieren);
     connect(parts_->startup_.get(), &Startup::Bereitschaft, this, &ctlQuendrix::Bereitschaft);
+    auto* plot = static_cast<CalibrationPlot*>(panel_->Kalibrierkurve);
+    connect(parts_->calibration_.get(), &Calibration::tableChanged, plot,
+            quietSlot([this, plot] { plot->setTable(Matrix); }));
     connect(panel_->SSTab1, &QTabWidget::currentChanged, this, [this](int tab) {
         const int previous = shownTab_;
         shownTab_ = tab;

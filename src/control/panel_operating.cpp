@@ -7,6 +7,7 @@
 #include "control/panelkit.h"
 
 #include <QGridLayout>
+#include <QLocale>
 #include <QSlider>
 
 namespace quendrix {
@@ -295,6 +296,29 @@ void Panel::buildStack(QWidget* page) {
         actions->addWidget(action);
     }
     grid->addLayout(actions, 4, 0, 1, 4);
+
+    // The running stack's progress, and the spacing advisor: aperture and circle of confusion
+    // in, the suggested number of planes out.
+    Fortschritt = label(Frame12, QStringLiteral("Fortschritt"), {});
+    Fortschritt->hide();
+    auto* advisor = new QGridLayout;
+    Blende = edit(Frame12, QStringLiteral("Blende"), QStringLiteral("8"));
+    Zerstreuungskreis =
+        edit(Frame12, QStringLiteral("Zerstreuungskreis"), Frame12->locale().toString(0.03));
+    Vorschlag = label(Frame12, QStringLiteral("Vorschlag"), {});
+    Vorschlag->setWordWrap(true);
+    VorschlagUebernehmen = button(Frame12, QStringLiteral("VorschlagUebernehmen"), tr("Übernehmen"),
+                                  tr("Die vorgeschlagene Zahl der Ebenen übernehmen"));
+    advisor->addWidget(caption(Frame12, tr("Blende")), 0, 0);
+    advisor->addWidget(Blende, 0, 1);
+    auto* circleLabel = caption(Frame12, tr("Unschärfe [mm]"));
+    circleLabel->setToolTip(tr("Zerstreuungskreis: der Durchmesser, der noch als scharf gilt"));
+    advisor->addWidget(circleLabel, 0, 2);
+    advisor->addWidget(Zerstreuungskreis, 0, 3);
+    advisor->addWidget(Vorschlag, 1, 0, 1, 3);
+    advisor->addWidget(VorschlagUebernehmen, 1, 3);
+    grid->addWidget(Fortschritt, 5, 0, 1, -1);
+    grid->addLayout(advisor, 6, 0, 1, -1);
 
     column(page)->addWidget(Frame12);
 }

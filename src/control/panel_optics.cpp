@@ -3,6 +3,7 @@
 
 #include <quendrix/Panel.h>
 
+#include "control/calibrationplot.h"
 #include "control/panelkit.h"
 
 #include <QComboBox>
@@ -113,6 +114,8 @@ void Panel::buildCalibration(QWidget* page) {
     Zelle = make<QLineEdit>(Grid1->viewport(), QStringLiteral("Zelle"));
     Zelle->hide();
     layout->addWidget(Grid1);
+    Kalibrierkurve = new CalibrationPlot(box);
+    layout->addWidget(Kalibrierkurve);
 
     Loeschen = button(box, QStringLiteral("Loeschen"), tr("Zeile löschen"));
     layout->addWidget(Loeschen, 0, Qt::AlignRight);

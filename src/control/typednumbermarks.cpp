@@ -81,7 +81,7 @@ TypedNumberMarks::TypedNumberMarks(ctlQuendrix& control, Panel& p)
     watch(p.Bildbreite, inLocale(0, 10000));
     for (QLineEdit* end : {p.BBeginn[0], p.BEnde[0]}) {
         watch(end, [this] {
-            const qint32 travel = internals(control_).motion()->maxPosition[0];
+            const qint32 travel = internals(control_).motion()->maxPosition()[0];
             return bothWays(0, travel > 0 ? travel : kLargestLong, true);
         });
     }

@@ -80,20 +80,20 @@ Lighting::Lighting(Rig& rig, Panel& panel, Link& link) : rig_(rig), panel_(panel
 
 void Lighting::Beleuchtung(qint16 EinAus) {
     if (EinAus != 0) {
-        if (DLicht < 1) {
+        if (DLicht_ < 1) {
             link_.Output(QStringLiteral("l%1#").arg(value(panel_.Licht[0])));
             if (rig_.Controltyp() == 1) return;  // the lens changer has one channel
             link_.Output(QStringLiteral("L%1#").arg(value(panel_.Licht[1])));
         } else {
             // The module's box sits behind the controller's two.
-            const int box = int(DLicht) + 1;
+            const int box = int(DLicht_) + 1;
             if (box >= int(panel_.Licht.size()))
                 throw RuntimeError(RuntimeError::SubscriptOutOfRange);
             link_.Output(QStringLiteral("l%1!").arg(value(panel_.Licht[box])));
         }
         return;
     }
-    if (DLicht < 1) {
+    if (DLicht_ < 1) {
         // Both channels, whichever rig: a channel the rig lacks is simply acknowledged.
         link_.Output(QStringLiteral("l0#"));
         rig_.platform().idle(0);
@@ -104,7 +104,7 @@ void Lighting::Beleuchtung(qint16 EinAus) {
 }
 
 void Lighting::Ring(qint16 mode) {
-    const QLatin1Char letter(DLicht == 1 ? 't' : 'T');
+    const QLatin1Char letter(DLicht_ == 1 ? 't' : 'T');
     link_.Output(letter + QString::number(mode) + QLatin1Char('!'));
 }
 

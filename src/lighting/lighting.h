@@ -20,7 +20,8 @@ public:
     // The light module fitted (from the settings at start-up): 0 or less, the lights hang on
     // the motion controller and their commands end in "#"; 1 or more, a light module whose
     // commands end in "!" (its check box and slider sit at index DLicht + 1).
-    qint16 DLicht = 0;
+    qint16 DLicht() const { return DLicht_; }
+    void setDLicht(qint16 module) { DLicht_ = module; }
 
     // Switches the lights on (EinAus not 0: each channel as its check box says) or off.
     void Beleuchtung(qint16 EinAus);
@@ -37,6 +38,7 @@ private:
     void segmentClicked(int index);
 
     Rig& rig_;
+    qint16 DLicht_ = 0;
     Panel& panel_;
     Link& link_;
 };

@@ -25,10 +25,16 @@ class Motion : public QObject {
 public:
     Motion(Rig& rig, Panel& panel, Link& link, Waiter& waiter);
 
-    qint16 Drehzaehler = 0;                      // rotate commands given with other buttons
-    std::array<qint32, 2> maxPosition = {0, 0};  // travel of each axis in steps
-    std::array<qint32, 2> minEncoder = {0, 0};   // encoder calibration of each axis
-    std::array<qint32, 2> maxEncoder = {0, 0};
+    // Rotate commands given with other buttons.
+    qint16 Drehzaehler() const { return Drehzaehler_; }
+    void setDrehzaehler(qint16 count) { Drehzaehler_ = count; }
+    // The travel of each axis in steps, and its encoder calibration (from the settings).
+    const std::array<qint32, 2>& maxPosition() const { return maxPosition_; }
+    void setMaxPosition(int axis, qint32 steps) { maxPosition_[axis] = steps; }
+    const std::array<qint32, 2>& minEncoder() const { return minEncoder_; }
+    void setMinEncoder(int axis, qint32 value) { minEncoder_[axis] = value; }
+    const std::array<qint32, 2>& maxEncoder() const { return maxEncoder_; }
+    void setMaxEncoder(int axis, qint32 value) { maxEncoder_[axis] = value; }
 
     void pAnheben();
     void pAbsenken();
@@ -101,6 +107,10 @@ private:
     void rangeWarning(const QString& text);
 
     Rig& rig_;
+    qint16 Drehzaehler_ = 0;
+    std::array<qint32, 2> maxPosition_ = {0, 0};
+    std::array<qint32, 2> minEncoder_ = {0, 0};
+    std::array<qint32, 2> maxEncoder_ = {0, 0};
     Panel& panel_;
     Link& link_;
     Waiter& waiter_;

@@ -67,10 +67,10 @@ void Motion::Drehen_MouseUp(int button) {
         link_.Output(QStringLiteral("q1!"));
     } else if (button == 2) {
         link_.Output(QStringLiteral("q0!"));
-        Drehzaehler = 0;
+        Drehzaehler_ = 0;
     } else {
-        Drehzaehler = checkedAdd<qint16>(Drehzaehler, 1);
-        link_.Output(QStringLiteral("q-%1!").arg(checkedAdd<qint16>(Drehzaehler, 1)));
+        Drehzaehler_ = checkedAdd<qint16>(Drehzaehler_, 1);
+        link_.Output(QStringLiteral("q-%1!").arg(checkedAdd<qint16>(Drehzaehler_, 1)));
     }
 }
 
@@ -94,17 +94,17 @@ Motion::Distance Motion::Schritte_in_mm(int axis, qint32 steps) {
     const double lead = Val(panel_.Steigung[axis]->text());
     // With the encoder on, the travel is read from it: its calibrated lower and upper values
     // stand for the two ends of the axis.
-    if (panel_.ENC[axis]->isChecked() && maxEncoder[axis] != minEncoder[axis]) {
-        const double share = double(link_.encoder()[axis] - minEncoder[axis]) /
-                             double(maxEncoder[axis] - minEncoder[axis]);
-        return {steps, toSingle(share * stepsToMm(maxPosition[axis], stepsPerRevolution, lead))};
+    if (panel_.ENC[axis]->isChecked() && maxEncoder_[axis] != minEncoder_[axis]) {
+        const double share = double(link_.encoder()[axis] - minEncoder_[axis]) /
+                             double(maxEncoder_[axis] - minEncoder_[axis]);
+        return {steps, toSingle(share * stepsToMm(maxPosition_[axis], stepsPerRevolution, lead))};
     }
     return {steps, stepsToMm(steps, stepsPerRevolution, lead)};
 }
 
 void Motion::Position_anfahren(qint32 target, int axis, int speedMode) {
     if (axis < 0 || axis > 1) throw RuntimeError(RuntimeError::SubscriptOutOfRange);
-    if (target > maxPosition[axis] || target < 0) return;
+    if (target > maxPosition_[axis] || target < 0) return;
     const qint64 distance = qint64(target) - link_.AchsPosition()[axis];
     if (distance == 0) return;
 

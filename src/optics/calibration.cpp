@@ -2,7 +2,6 @@
 
 #include "core/calibrationmath.h"
 #include "optics/calibrationfile.h"
-#include "optics/calibrationplot.h"
 #include "optics/opticalsetup.h"
 #include "settings/guard.h"
 #include "settings/numbers.h"
@@ -12,7 +11,6 @@
 
 #include <quendrix/Panel.h>
 
-#include <QBoxLayout>
 #include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
@@ -49,12 +47,6 @@ Calibration::Calibration(Rig& rig, Panel& panel, OpticalSetup& optical, DoubleTa
     connect(grid, &QTableWidget::cellDoubleClicked, this, [this](int row, int column) {
         runGuarded(rig_.platform(), [&] { openEditor(row, column); });
     });
-
-    plot_ = new CalibrationPlot(grid->parentWidget());
-    if (auto* column = qobject_cast<QBoxLayout*>(grid->parentWidget()->layout()))
-        column->insertWidget(column->indexOf(grid) + 1, plot_);
-    connect(this, &Calibration::tableChanged, plot_,
-            quietSlot([this] { plot_->setTable(matrix_); }));
 }
 
 QString Calibration::fileName() const {

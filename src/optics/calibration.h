@@ -12,7 +12,6 @@ namespace quendrix {
 class OpticalSetup;
 class Panel;
 class Rig;
-class CalibrationPlot;
 namespace calibration {
 struct CalibrationFile;
 }
@@ -99,7 +98,6 @@ private:
     OpticalSetup& optical_;
     DoubleTable& matrix_;
     const QString& appPath_;
-    CalibrationPlot* plot_ = nullptr;
     int editRow_ = -1;
     int editColumn_ = -1;
 };

@@ -71,7 +71,7 @@ void Optics::BildGroesse() {
 // travel, in micrometres.
 void Optics::Balgen_einstellen() {
     const double atStart = bellowsFieldWidth(motion_.Schritte_in_mm(1, 0).mm);
-    const double atEnd = bellowsFieldWidth(motion_.Schritte_in_mm(1, motion_.maxPosition[1]).mm);
+    const double atEnd = bellowsFieldWidth(motion_.Schritte_in_mm(1, motion_.maxPosition()[1]).mm);
     const auto [narrow, wide] = std::minmax(atStart, atEnd);
     panel_.Slider1->setRange(clampedInt(narrow * kMicrometresPerMm),
                              clampedInt(wide * kMicrometresPerMm));

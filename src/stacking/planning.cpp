@@ -31,16 +31,16 @@ void paintText(QLineEdit* box, const QColor& colour) {
 void Stacking::Ebenen_Change() {
     Panel& p = panel_;
     const QLocale locale = rig_.locale();
-    Bereich = toLong(std::fabs(Val(p.BEnde[0]->text()) - Val(p.BBeginn[0]->text())));
+    Bereich_ = toLong(std::fabs(Val(p.BEnde[0]->text()) - Val(p.BBeginn[0]->text())));
     const double planes = Val(p.Ebenen->text());
-    if (planes > Bereich) {
+    if (planes > Bereich_) {
         // More planes than steps: no step between them. The run refuses to start.
         p.Schrittzahl->setText(QStringLiteral("0"));
         paintText(p.Schrittzahl, kWarning);
         paintText(p.Ebenen, kWarning);
         return;
     }
-    p.Schrittzahl->setText(doubleToText(std::floor(divide(Bereich, planes) + 0.5), QLocale::c()));
+    p.Schrittzahl->setText(doubleToText(std::floor(divide(Bereich_, planes) + 0.5), QLocale::c()));
     const float spacing = toSingle(divide(Val(p.Schrittzahl->text()) * Val(p.Steigung[0]->text()),
                                           Val(p.Schritte[0]->text())) *
                                    1000);
@@ -49,7 +49,7 @@ void Stacking::Ebenen_Change() {
                             : spacing >= 10 ? QStringLiteral("#0.0 µ")
                                             : QStringLiteral("#0.00 µ");
     p.Aufloesung->setText(formatNumber(spacing, pattern, locale));
-    AufloesungText = p.Aufloesung->text();
+    AufloesungText_ = p.Aufloesung->text();
     // The warning goes once the plan works again.
     paintText(p.Schrittzahl, p.Weglaenge->palette().color(QPalette::Text));
     paintText(p.Ebenen, p.Weglaenge->palette().color(QPalette::Text));
@@ -81,25 +81,25 @@ void Stacking::takePosition(QLineEdit* field, int button) {
 }
 
 void Stacking::suggestSpacing() {
-    if (!suggestion_) return;
     suggestedPlanes_ = 0;
     std::optional<SpacingSuggestion> advice;
     try {
         const QLocale locale = rig_.locale();
-        advice = quendrix::suggestSpacing(
-            optical_.Sensorbreite(), textToDouble(optical_.Sehfeld(), locale),
-            textToDouble(aperture_->text(), locale), textToDouble(confusion_->text(), locale),
-            motion_.Schritte_in_mm(0, Bereich).mm);
+        advice = quendrix::suggestSpacing(optical_.Sensorbreite(),
+                                          textToDouble(optical_.Sehfeld(), locale),
+                                          textToDouble(panel_.Blende->text(), locale),
+                                          textToDouble(panel_.Zerstreuungskreis->text(), locale),
+                                          motion_.Schritte_in_mm(0, Bereich_).mm);
     } catch (const RuntimeError&) {
         // A figure is missing: there is nothing to suggest yet.
     }
-    take_->setEnabled(advice.has_value());
+    panel_.VorschlagUebernehmen->setEnabled(advice.has_value());
     if (!advice) {
-        suggestion_->setText(tr("Vorschlag: Blende, Zerstreuungskreis und Sehfeld angeben"));
+        panel_.Vorschlag->setText(tr("Vorschlag: Blende, Zerstreuungskreis und Sehfeld angeben"));
         return;
     }
     suggestedPlanes_ = advice->intervals;
-    suggestion_->setText(
+    panel_.Vorschlag->setText(
         tr("Vorschlag: %1 Ebenen im Abstand von %2 (Schärfentiefe %3)")
             .arg(advice->intervals)
             .arg(formatNumber(advice->spacingMm * 1000, QStringLiteral("#,##0.0 µ"), rig_.locale()),

@@ -60,11 +60,11 @@ void Stacking::AutoKomb_Click() {
     waiter_.doEvents();
 
     setTag(p.AutoKomb, kActive);
-    Ebenenzaehler = checkedAdd<qint32>(toLong(Val(p.Ebenen->text())), 1);
-    planesTotal_ = Ebenenzaehler;
+    Ebenenzaehler_ = checkedAdd<qint32>(toLong(Val(p.Ebenen->text())), 1);
+    planesTotal_ = Ebenenzaehler_;
     runStart_ = rig_.platform().now();
     p.Timer3->setInterval(toLong(2 * Val(p.wartezeit->text())));  // the first pause is doubled
-    Kamera_bereit = true;
+    Kamera_bereit_ = true;
     p.Timer3->start();
     showProgress();
 }
@@ -84,7 +84,7 @@ void Stacking::Timer3_Timer() {
     p.Timer3->stop();
     Schicht_Click();
     waiter_.doEvents();
-    Ebenenzaehler = checkedSub<qint32>(Ebenenzaehler, 1);
+    Ebenenzaehler_ = checkedSub<qint32>(Ebenenzaehler_, 1);
     p.Timer3->setInterval(toLong(Val(p.wartezeit->text())));
     showProgress();
     if (tag(p.AutoKomb) == kActive || tag(p.Mittelw) == kActive) Fortsetzung();
@@ -94,7 +94,7 @@ void Stacking::Schicht_Click() {
     const qint16 layer = checkedAdd<qint16>(toInteger(Val(layerCount())), 1);
     if (layer == 1) panel_.Combine->setEnabled(true);
     panel_.Schicht->setText(Panel::tr("Schicht: %1").arg(layer));
-    Kamera_bereit = false;
+    Kamera_bereit_ = false;
     emit Schicht(QString::number(layer));
 }
 
@@ -102,7 +102,7 @@ void Stacking::Schicht_Click() {
 void Stacking::Fortsetzung() {
     Panel& p = panel_;
     link_.waitForRelease(QStringLiteral("Sub Fortsetzung"));
-    if (Ebenenzaehler > 0) {
+    if (Ebenenzaehler_ > 0) {
         if (tag(p.AutoKomb) != kActive) {  // an averaging series takes its pictures in place
             p.Timer3->start();
             return;
@@ -128,7 +128,7 @@ void Stacking::Fortsetzung() {
     if (tag(p.AutoKomb) != kActive) {
         setTag(p.Mittelw, QString());
         emit Mittelwert(layerCount());
-        Ebenenzaehler = seriesLength() - 1;
+        Ebenenzaehler_ = seriesLength() - 1;
         Zuruecksetzen();
         showProgress();
         return;
@@ -136,8 +136,8 @@ void Stacking::Fortsetzung() {
     setTag(p.AutoKomb, QString());
     if (value(p.Check0[6]) != 1) setValue(p.Check0[6], 1);
     if (rig_.Controltyp() != 1) link_.Output(QStringLiteral("y0#"));
-    if (Ebenenzaehler == 0) Combine_Click();
-    Ebenenzaehler = toLong(Val(p.Ebenen->text()));
+    if (Ebenenzaehler_ == 0) Combine_Click();
+    Ebenenzaehler_ = toLong(Val(p.Ebenen->text()));
     showProgress();
 }
 
@@ -148,10 +148,10 @@ qint32 Stacking::seriesLength() {
 
 void Stacking::Mittelw_Click() {
     Panel& p = panel_;
-    Kamera_bereit = false;
+    Kamera_bereit_ = false;
     raiseFieldOfView();
-    Ebenenzaehler = seriesLength();
-    planesTotal_ = Ebenenzaehler;
+    Ebenenzaehler_ = seriesLength();
+    planesTotal_ = Ebenenzaehler_;
     runStart_ = rig_.platform().now();
     p.Timer3->setInterval(toLong(Val(p.wartezeit->text())));
     setTag(p.Mittelw, kActive);
@@ -197,15 +197,15 @@ void Stacking::Kamera_aktiv(bool enabled) {
 // Plane n of N and the time left at the pace so far, while a run goes on.
 void Stacking::showProgress() {
     const bool running = tag(panel_.AutoKomb) == kActive || tag(panel_.Mittelw) == kActive;
-    progress_->setVisible(running);
+    panel_.Fortschritt->setVisible(running);
     if (!running) return;
-    const int taken = planesTotal_ - Ebenenzaehler;
+    const int taken = planesTotal_ - Ebenenzaehler_;
     QString text = tr("Bild %1 von %2").arg(taken).arg(planesTotal_);
     if (taken > 0) {
         const double perPicture = (rig_.platform().now() - runStart_) / taken;
-        text += tr(", noch etwa %1 s").arg(std::lround(perPicture * Ebenenzaehler));
+        text += tr(", noch etwa %1 s").arg(std::lround(perPicture * Ebenenzaehler_));
     }
-    progress_->setText(text);
+    panel_.Fortschritt->setText(text);
 }
 
 }  // namespace quendrix

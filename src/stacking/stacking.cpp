@@ -22,7 +22,7 @@ namespace quendrix {
 Stacking::Stacking(Rig& rig, Panel& panel, Link& link, Motion& motion, OpticalSetup& optical,
                    Waiter& waiter)
     : rig_(rig), panel_(panel), link_(link), motion_(motion), optical_(optical), waiter_(waiter) {
-    buildAdvisor();
+    connectAdvisor();
     connectPanel();
 }
 
@@ -53,12 +53,13 @@ void Stacking::connectPanel() {
 // position with the left and drive there with the right; the right aborts a run. So do the
 // pictures of the axes and reference points.
 bool Stacking::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == confusion_ && event->type() == QEvent::LocaleChange) {
+    if (watched == panel_.Zerstreuungskreis && event->type() == QEvent::LocaleChange) {
         // The circle follows the panel's language, so that it still reads as a number.
         bool isNumber = false;
-        const double circle = confusionLocale_.toDouble(confusion_->text(), &isNumber);
-        confusionLocale_ = confusion_->locale();
-        if (isNumber) confusion_->setText(confusionLocale_.toString(circle));
+        const double circle =
+            confusionLocale_.toDouble(panel_.Zerstreuungskreis->text(), &isNumber);
+        confusionLocale_ = panel_.Zerstreuungskreis->locale();
+        if (isNumber) panel_.Zerstreuungskreis->setText(confusionLocale_.toString(circle));
         return false;
     }
     if (event->type() == QEvent::MouseButtonRelease) {
@@ -80,42 +81,13 @@ bool Stacking::eventFilter(QObject* watched, QEvent* event) {
 }
 
 // Below the stack's fields: progress while a run goes on, and the spacing the optics suggest.
-void Stacking::buildAdvisor() {
-    QGroupBox* frame = panel_.Frame12;
-    auto* layout = qobject_cast<QGridLayout*>(frame->layout());
-    progress_ = new QLabel(frame);
-    progress_->setObjectName(QStringLiteral("Fortschritt"));
-    progress_->hide();
-
-    auto* advisor = new QGridLayout;
-    aperture_ = new QLineEdit(QStringLiteral("8"), frame);
-    aperture_->setObjectName(QStringLiteral("Blende"));
-    confusion_ = new QLineEdit(rig_.locale().toString(0.03), frame);
-    confusion_->setObjectName(QStringLiteral("Zerstreuungskreis"));
+void Stacking::connectAdvisor() {
     confusionLocale_ = rig_.locale();
-    confusion_->installEventFilter(this);
-    suggestion_ = new QLabel(frame);
-    suggestion_->setObjectName(QStringLiteral("Vorschlag"));
-    suggestion_->setWordWrap(true);
-    take_ = new QPushButton(tr("Übernehmen"), frame);
-    take_->setObjectName(QStringLiteral("VorschlagUebernehmen"));
-    take_->setToolTip(tr("Die vorgeschlagene Zahl der Ebenen übernehmen"));
-    advisor->addWidget(new QLabel(tr("Blende"), frame), 0, 0);
-    advisor->addWidget(aperture_, 0, 1);
-    auto* circleLabel = new QLabel(tr("Unschärfe [mm]"), frame);
-    circleLabel->setToolTip(tr("Zerstreuungskreis: der Durchmesser, der noch als scharf gilt"));
-    advisor->addWidget(circleLabel, 0, 2);
-    advisor->addWidget(confusion_, 0, 3);
-    advisor->addWidget(suggestion_, 1, 0, 1, 3);
-    advisor->addWidget(take_, 1, 3);
-    if (layout) {
-        const int row = layout->rowCount();
-        layout->addWidget(progress_, row, 0, 1, -1);
-        layout->addLayout(advisor, row + 1, 0, 1, -1);
-    }
-    for (QLineEdit* input : {aperture_, confusion_})
+    panel_.Zerstreuungskreis->installEventFilter(this);
+    for (QLineEdit* input : {panel_.Blende, panel_.Zerstreuungskreis})
         connect(input, &QLineEdit::textChanged, this, quietSlot([this] { suggestSpacing(); }));
-    connect(take_, &QPushButton::clicked, this, guardedSlot(rig_, [this] { takeSuggestion(); }));
+    connect(panel_.VorschlagUebernehmen, &QPushButton::clicked, this,
+            guardedSlot(rig_, [this] { takeSuggestion(); }));
     suggestSpacing();
 }
 

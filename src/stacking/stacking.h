@@ -29,11 +29,15 @@ public:
     Stacking(Rig& rig, Panel& panel, Link& link, Motion& motion, OpticalSetup& optical,
              Waiter& waiter);
 
-    qint32 Ebenenzaehler = 0;  // pictures still to take in the current sequence
-    bool Kamera_bereit = false;
-    qint32 Bereich = 0;      // steps between start and end
-    QString AufloesungText;  // the plane spacing as last shown
-    qint32 Serie = 0;        // the series counter of the settings ("Verzeichnis", "Serie")
+    // Pictures still to take in the current sequence, and whether the camera is free for one.
+    qint32 Ebenenzaehler() const { return Ebenenzaehler_; }
+    bool Kamera_bereit() const { return Kamera_bereit_; }
+    // Steps between start and end, and the plane spacing as last shown.
+    qint32 Bereich() const { return Bereich_; }
+    const QString& AufloesungText() const { return AufloesungText_; }
+    // The series counter of the settings ("Verzeichnis", "Serie"), set at start-up.
+    qint32 Serie() const { return Serie_; }
+    void setSerie(qint32 value) { Serie_ = value; }
 
     // Planning.
     void Ebenen_Change();
@@ -77,7 +81,7 @@ protected:
 
 private:
     void connectPanel();
-    void buildAdvisor();
+    void connectAdvisor();
     void Fortsetzung();
     void takePosition(QLineEdit* field, int button);
     void raiseFieldOfView();
@@ -85,23 +89,24 @@ private:
     void showProgress();
 
     Rig& rig_;
+    qint32 Ebenenzaehler_ = 0;
+    bool Kamera_bereit_ = false;
+    qint32 Bereich_ = 0;
+    QString AufloesungText_;
+    qint32 Serie_ = 0;
     Panel& panel_;
     Link& link_;
     Motion& motion_;
     OpticalSetup& optical_;
     Waiter& waiter_;
 
-    // What the operator sees of a running stack, beside the documented captions.
-    QLabel* progress_ = nullptr;
+    // When the running stack started and how many planes it takes (Fortschritt shows them).
     double runStart_ = 0;
     int planesTotal_ = 0;
 
-    // The spacing advisor's inputs and answer.
-    QLineEdit* aperture_ = nullptr;
-    QLineEdit* confusion_ = nullptr;
-    QLocale confusionLocale_;  // the language the circle is written in
-    QLabel* suggestion_ = nullptr;
-    QPushButton* take_ = nullptr;
+    // The spacing advisor: the language its circle of confusion is written in, and the
+    // number of planes it suggests.
+    QLocale confusionLocale_;
     int suggestedPlanes_ = 0;
 };
 

@@ -147,14 +147,14 @@ public:
         setValue(p_.E_Typ[axis], checkState(axis, "enc_typ"));
     }
     void encoderRange(int axis) {
-        motion_.minEncoder[axis] = wholeNumber(axis, "minEncoder", QStringLiteral("0"));
-        motion_.maxEncoder[axis] = wholeNumber(axis, "maxEncoder", QStringLiteral("0"));
+        motion_.setMinEncoder(axis, wholeNumber(axis, "minEncoder", QStringLiteral("0")));
+        motion_.setMaxEncoder(axis, wholeNumber(axis, "maxEncoder", QStringLiteral("0")));
         setValue(p_.ENC[axis], checkState(axis, "enc"));
     }
 
     void travel(int axis, const QString& byDefault) {
         const qint32 steps = wholeNumber(axis, "MaxPosition", byDefault);
-        motion_.maxPosition[axis] = steps;
+        motion_.setMaxPosition(axis, steps);
         p_.Label13[axis]->setText(QString::number(steps));
         send('m', axis, p_.Label13[axis]->text());
     }
@@ -225,7 +225,7 @@ public:
         p_.BBeginn[0]->setText(numberText(0, "Beginn", p_.BBeginn[0]->text()));
         p_.BEnde[0]->setText(numberText(0, "Ende", p_.BEnde[0]->text()));
     }
-    void seriesCounter() { parts_.stacking.Serie = parts_.stacking.seriesLength(); }
+    void seriesCounter() { parts_.stacking.setSerie(parts_.stacking.seriesLength()); }
 
     // The brightness bars are set without sending: the lights follow once they are switched.
     void brightness(int channel, int axis, const char* key) {
@@ -239,12 +239,12 @@ public:
     void lightingMode() {
         const qint32 mode = numbers_.wholeNumber(rig_.MotorName(), "DLicht", "0", -32768,
                                                  qint32(p_.Frame13.size()));
-        parts_.lighting.DLicht = qint16(mode);
+        parts_.lighting.setDLicht(qint16(mode));
         if (mode >= 1) p_.Frame13[mode - 1]->setVisible(true);
     }
     // The light module is chosen and told its type; without one, both channels are set.
     void bellowsLights() {
-        const qint16 mode = parts_.lighting.DLicht;
+        const qint16 mode = parts_.lighting.DLicht();
         if (mode < 1) {
             brightness(0, 0, "helligkeit0");
             brightness(1, 1, "helligkeit1");
@@ -271,7 +271,7 @@ public:
                     motion_.Schritte_in_mm(0, -1).mm, QStringLiteral("##,##0.000"), rig_.locale()));
             });
         runQuietly([&] { parts_.optics.BildGroesse(); });
-        const qint16 mode = parts_.lighting.DLicht;
+        const qint16 mode = parts_.lighting.DLicht();
         QScrollBar* bar = p_.HScroll1[mode < 1 ? 0 : mode + 1];
         emit bar->valueChanged(bar->value());
     }

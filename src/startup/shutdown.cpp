@@ -54,7 +54,7 @@ public:
             put(axis, QStringLiteral("enc_wert"), panel_.Encoderart[axis]->text());
             put(axis, QStringLiteral("enc_typ"), number(value(panel_.E_Typ[axis])));
         }
-        put(axis, QStringLiteral("MaxPosition"), number(motion_.maxPosition[axis]));
+        put(axis, QStringLiteral("MaxPosition"), number(motion_.maxPosition()[axis]));
     }
 
     // The direction, limit-switch and micro-step switches of an axis.

@@ -107,7 +107,7 @@ class TestHostWindow : public QObject {
         panel.MSComm1()->setPortName(pty_->devicePath());
         if (!panel.MSComm1()->open(QIODevice::ReadWrite)) qFatal("the port did not open");
         quendrix::internals(panel).link()->setQuittiert(true);
-        quendrix::internals(panel).motion()->maxPosition[0] = 100000;
+        quendrix::internals(panel).motion()->setMaxPosition(0, 100000);
         p.Steigung[0]->setText("1");
         p.Schritte[0]->setText("400");
         p.Taktpause[0]->setText("200");

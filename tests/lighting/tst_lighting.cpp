@@ -26,7 +26,7 @@ class TestLighting : public QObject {
         rig_ = std::make_unique<SimRig>();
         if (!rig_->start()) return false;
         rig_->control->setControltyp(controltyp);
-        quendrix::internals(rig_->control).lighting()->DLicht = dlicht;
+        quendrix::internals(rig_->control).lighting()->setDLicht(dlicht);
         rig_->control->show();
         rig_->panel().SSTab1->setCurrentIndex(3);
         for (QGroupBox* module : rig_->panel().Frame13)
@@ -74,7 +74,7 @@ private slots:
         QVERIFY(!lights().module);
 
         // A module number beyond the panel's boxes: the caller gets the error, a click its box.
-        quendrix::internals(control()).lighting()->DLicht = 3;
+        quendrix::internals(control()).lighting()->setDLicht(3);
         QCOMPARE(errorOf([&] { control().Beleuchtung(1); }),
                  int(RuntimeError::SubscriptOutOfRange));
         click(panel().Licht[3]);
@@ -135,7 +135,7 @@ private slots:
     void ringModeLetterDependsOnTheModule() {
         QVERIFY(start(0));
         for (qint16 dlicht : {0, 1, 2}) {
-            quendrix::internals(control()).lighting()->DLicht = dlicht;
+            quendrix::internals(control()).lighting()->setDLicht(dlicht);
             control().Ring(2);
         }
         QCOMPARE(rig_->takeCommands(), Commands({"T2!", "t2!", "T2!"}));

@@ -86,8 +86,8 @@ private slots:
                  "1,25|1600|48");
         QCOMPARE(p.Sensor_breite->text() + "|" + p.SensorBreiteA->text(), "22,5|1024");
         QCOMPARE(p.Label13[0]->text() + "|" + p.Label13[1]->text(), "560000|4050");
-        QCOMPARE(quendrix::internals(control()).motion()->maxPosition[1], 4050);
-        QCOMPARE(quendrix::internals(control()).stacking()->Serie, 10);
+        QCOMPARE(quendrix::internals(control()).motion()->maxPosition()[1], 4050);
+        QCOMPARE(quendrix::internals(control()).stacking()->Serie(), 10);
         QVERIFY(p.Licht[0]->isChecked() && p.obMotor[0]->isChecked());
         QVERIFY(p.cbMikroschritt[0]->isEnabled() && p.cbMikroschritt[1]->isEnabled());
         QVERIFY(p.Frame4->isEnabled() && p.B_AUF[0]->isEnabled());  // the bellows can be used
@@ -129,8 +129,8 @@ private slots:
         QCOMPARE(p.lblPosition1[0]->text() + "|" + p.lblPosition2[0]->text(), "1200|6,00");
         QCOMPARE(link.AchsPosition(), (std::array<qint32, 2>{1200, 250}));
         QCOMPARE(link.backlash(), (std::array<qint32, 2>{4, 2}));
-        QCOMPARE(quendrix::internals(control()).motion()->minEncoder[0] +
-                     quendrix::internals(control()).motion()->maxEncoder[1],
+        QCOMPARE(quendrix::internals(control()).motion()->minEncoder()[0] +
+                     quendrix::internals(control()).motion()->maxEncoder()[1],
                  -20 + 50);
         QVERIFY(!p.ENC[0]->isChecked() && p.ENC[1]->isChecked() && p.E_Typ[0]->isChecked());
         QCOMPARE(p.Encoderart[0]->text(), "Digital");
@@ -142,7 +142,7 @@ private slots:
         QCOMPARE(p.Schrittzahl->text() + "|" + p.Weglaenge->text(), "114|19,95");
         QCOMPARE(quendrix::tag(p.Slider1), "OK");
         QCOMPARE(p.Sensor_breite->text() + "|" + p.Zwischenringe->text(), "23,6|12");
-        QCOMPARE(quendrix::internals(control()).stacking()->Serie, 77);
+        QCOMPARE(quendrix::internals(control()).stacking()->Serie(), 77);
         QVERIFY(!p.Frame13[1]->isHidden() && p.Frame13[0]->isHidden() && p.Licht[3]->isChecked());
     }
 
@@ -269,9 +269,9 @@ private slots:
         QCOMPARE(messages(), QStringList());
         QVERIFY(rig_->link().bBereit());
         QCOMPARE(control().Mikroschritt0(), qint16(0));
-        QCOMPARE(quendrix::internals(control()).lighting()->DLicht, qint16(0));
+        QCOMPARE(quendrix::internals(control()).lighting()->DLicht(), qint16(0));
         QCOMPARE(panel().Sensor_breite->text(), "0");
-        QCOMPARE(quendrix::internals(control()).stacking()->Serie, 10);
+        QCOMPARE(quendrix::internals(control()).stacking()->Serie(), 10);
         QCOMPARE(quendrix::tag(panel().Taktpause[1]), "8000");
         QVERIFY(!panel().HScroll1[0]->isHidden());
 

@@ -83,7 +83,8 @@ class TestShutdown : public QObject {
         quendrix::Panel& p = rig_->panel();
         rig_->link().setAchsPosition(0, -1234);
         rig_->link().setAchsPosition(1, 567);
-        quendrix::internals(control_).motion()->maxPosition = {560123, 4051};
+        quendrix::internals(control_).motion()->setMaxPosition(0, 560123);
+        quendrix::internals(control_).motion()->setMaxPosition(1, 4051);
         p.BBeginn[0]->setText(QStringLiteral("1200"));
         p.BEnde[0]->setText(QStringLiteral("3400"));
         p.wartezeit->setText(QStringLiteral("175"));

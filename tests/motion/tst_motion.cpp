@@ -395,7 +395,7 @@ private slots:
         click(p_->Drehen, Qt::MiddleButton);
         click(p_->Drehen, Qt::LeftButton);
         QCOMPARE(sent(), Commands({"q-2!", "q-3!", "q0!", "q-2!", "q1!"}));
-        motion_->Drehzaehler = 32766;
+        motion_->setDrehzaehler(32766);
         click(p_->Drehen, Qt::MiddleButton);  // the count overflows 16 bits
         QCOMPARE(sent(), Commands());
         QCOMPARE(rig_->platform.messages.size(), 1);
@@ -416,9 +416,9 @@ private slots:
         QCOMPARE(p_->lblPosition[0]->text(), QStringLiteral("1234567"));
         // With the encoder on, millimetres come from its calibration over the axis's travel.
         p_->ENC[0]->setChecked(true);
-        motion_->minEncoder[0] = 100;
-        motion_->maxEncoder[0] = 1100;
-        motion_->maxPosition[0] = 40000;  // 100 mm
+        motion_->setMinEncoder(0, 100);
+        motion_->setMaxEncoder(0, 1100);
+        motion_->setMaxPosition(0, 40000);  // 100 mm
         rig_->link().setEncoder(0, 350);
         QCOMPARE(motion_->Schritte_in_mm(0, 5).mm, 25.0f);
         QCOMPARE(motion_->Schritte_in_mm(0, -1).steps, 1234567);
@@ -428,7 +428,7 @@ private slots:
         QVERIFY(start());
         p_->Taktpause[0]->setText(QStringLiteral("100"));
         rig_->control->Output(QStringLiteral("w100#"));
-        motion_->maxPosition[0] = 100000;
+        motion_->setMaxPosition(0, 100000);
         sent();
         motion_->Position_anfahren(5000, 0, -1);
         QCOMPARE(rig_->link().AchsPosition()[0], 5000);
@@ -458,7 +458,7 @@ private slots:
 
     void escapeEndsAWaitForALongMove() {
         QVERIFY(start());
-        motion_->maxPosition[0] = 1000000;
+        motion_->setMaxPosition(0, 1000000);
         rig_->control->Output(QStringLiteral("w10000#"));  // 100 steps a second
         const double begin = rig_->platform.now();
         rig_->platform.onIdle = [&](TestPlatform& p) {
@@ -477,7 +477,7 @@ private slots:
         rig_->control->setKennung(QStringLiteral("@"));
         rig_->control->setControltyp(1);
         rig_->control->setMotorArt0(1);
-        motion_->maxPosition[0] = 100000;
+        motion_->setMaxPosition(0, 100000);
         motion_->Position_anfahren(3000, 0, 1);
         QCOMPARE(sent(), Commands({"w1#", "t3000#"}));  // slowest speed, absolute target
         QCOMPARE(rig_->link().AchsPosition()[0], 3000);

@@ -1,10 +1,10 @@
 // The calibration list of the bellows rig: its arithmetic, its file, and the measuring series
 // driven through the panel.
+#include "control/calibrationplot.h"
 #include "control/internals.h"
 #include "core/calibrationmath.h"
 #include "optics/calibration.h"
 #include "optics/calibrationfile.h"
-#include "optics/calibrationplot.h"
 #include "support/errors.h"
 #include "support/testplatform.h"
 

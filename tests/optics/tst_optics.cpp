@@ -268,7 +268,7 @@ private slots:
         setUpBellows(60);
         p_->Schritte[1]->setText(QStringLiteral("48"));
         p_->Steigung[1]->setText(QStringLiteral("1"));
-        quendrix::internals(rig_->control).motion()->maxPosition[1] = 4800;  // 100 mm of bellows
+        quendrix::internals(rig_->control).motion()->setMaxPosition(1, 4800);  // 100 mm of bellows
         control_->Balgen_einstellen();
         QCOMPARE(p_->Slider1->minimum(), 10727);   // 1180 / 110 mm
         QCOMPARE(p_->Slider1->maximum(), 118000);  // 1180 / 10 mm

@@ -39,7 +39,7 @@ class TestStacking : public QObject {
         control_->setLocale(QLocale(QLocale::German));
         control_->setinifile(folder_.filePath(QStringLiteral("stack_L.ini")));
         QFile::remove(control_->inifile());
-        quendrix::internals(control_).motion()->maxPosition[0] = 1000000;
+        quendrix::internals(control_).motion()->setMaxPosition(0, 1000000);
         p_->Steigung[0]->setText(QStringLiteral("1"));
         p_->Schritte[0]->setText(QStringLiteral("400"));
         p_->Taktpause[0]->setText(QStringLiteral("100"));
@@ -80,8 +80,8 @@ private slots:
         QCOMPARE(p_->Schrittzahl->text(), QStringLiteral("500"));
         QCOMPARE(p_->Aufloesung->text(), QStringLiteral("1.250 µ"));
         QCOMPARE(p_->Weglaenge->text(), QStringLiteral("10,00"));
-        QCOMPARE(quendrix::internals(control_).stacking()->Bereich, 4000);
-        QCOMPARE(quendrix::internals(control_).stacking()->AufloesungText,
+        QCOMPARE(quendrix::internals(control_).stacking()->Bereich(), 4000);
+        QCOMPARE(quendrix::internals(control_).stacking()->AufloesungText(),
                  QStringLiteral("1.250 µ"));
         control_->setLocale(QLocale(QLocale::English));
         plan(5000, 1000, 8);  // swapped: the same range
@@ -239,7 +239,7 @@ private slots:
         QCOMPARE(layers_, QStringList({"1"}));
         QCOMPARE(p_->Schicht->text(), QStringLiteral("Schicht: 1"));
         QVERIFY(p_->Combine->isEnabled());  // from the first picture on
-        QVERIFY(!quendrix::internals(control_).stacking()->Kamera_bereit);
+        QVERIFY(!quendrix::internals(control_).stacking()->Kamera_bereit());
         p_->Schicht->click();
         QCOMPARE(layers_, QStringList({"1", "2"}));
         p_->Combine->click();

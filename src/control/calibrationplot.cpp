@@ -1,4 +1,4 @@
-#include "optics/calibrationplot.h"
+#include "control/calibrationplot.h"
 
 #include "settings/textformat.h"
 

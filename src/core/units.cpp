@@ -12,4 +12,8 @@ qint32 mmToSteps(double mm, double lead, double stepsPerRevolution) {
     return toLong(divide(mm, lead) * stepsPerRevolution);
 }
 
+AxisDrive axisDrive(const QString& schritte, const QString& steigung) {
+    return {Val(schritte), Val(steigung)};
+}
+
 }  // namespace quendrix

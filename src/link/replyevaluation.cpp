@@ -144,8 +144,7 @@ void Link::showPosition(int axis) {
     panel_.lblPosition1[axis]->setText(QString::number(steps));
     std::optional<float> mm;
     try {
-        mm = stepsToMm(steps, Val(panel_.Schritte[axis]->text()),
-                       Val(panel_.Steigung[axis]->text()));
+        mm = axisDrive(panel_.Schritte[axis]->text(), panel_.Steigung[axis]->text()).mm(steps);
     } catch (const RuntimeError&) {
         // No steps per revolution entered yet: there is nothing to show in millimetres.
     }

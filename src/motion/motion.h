@@ -5,6 +5,8 @@
 #include <array>
 #include <optional>
 
+#include "core/units.h"
+
 class QCheckBox;
 class QLineEdit;
 
@@ -54,6 +56,8 @@ public:
     // Steps of an axis in millimetres; negative steps mean the axis's current position. With
     // the axis's encoder switched on, the millimetres come from the encoder calibration.
     Distance Schritte_in_mm(int axis, qint32 steps);
+    // The drive of an axis as its boxes on the axes tab give it.
+    AxisDrive drive(int axis) const;
 
     // Drive axis 0 over the stack's range, forward and back (entry points for the stack).
     void Bereich_abfahren();

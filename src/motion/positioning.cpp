@@ -38,9 +38,7 @@ void Motion::raiseOrLower(int direction) {
     const double amount = Val(panel_.Anheben->text());
     if (amount == 0) return;
     const bool inSteps = rig_.Controltyp() == 1;
-    const qint64 steps = inSteps ? toLong(amount)
-                                 : mmToSteps(amount, Val(panel_.Steigung[0]->text()),
-                                             Val(panel_.Schritte[0]->text()));
+    const qint64 steps = inSteps ? toLong(amount) : drive(0).steps(amount);
     Richtung_setzen(direction, 0);
     waiter_.doEvents();
     setSpeedMode(0, 1);
@@ -87,19 +85,22 @@ void Motion::Label9_Click() {
     p.lblPosition[1]->setText(p.lblPosition[0]->text());
 }
 
+AxisDrive Motion::drive(int axis) const {
+    return axisDrive(panel_.Schritte[axis]->text(), panel_.Steigung[axis]->text());
+}
+
 Motion::Distance Motion::Schritte_in_mm(int axis, qint32 steps) {
     if (axis < 0 || axis > 1) throw RuntimeError(RuntimeError::SubscriptOutOfRange);
     if (steps < 0) steps = link_.AchsPosition()[axis];
-    const double stepsPerRevolution = Val(panel_.Schritte[axis]->text());
-    const double lead = Val(panel_.Steigung[axis]->text());
+    const AxisDrive axisDrive = drive(axis);
     // With the encoder on, the travel is read from it: its calibrated lower and upper values
     // stand for the two ends of the axis.
     if (panel_.ENC[axis]->isChecked() && maxEncoder_[axis] != minEncoder_[axis]) {
         const double share = double(link_.encoder()[axis] - minEncoder_[axis]) /
                              double(maxEncoder_[axis] - minEncoder_[axis]);
-        return {steps, toSingle(share * stepsToMm(maxPosition_[axis], stepsPerRevolution, lead))};
+        return {steps, toSingle(share * axisDrive.mm(maxPosition_[axis]))};
     }
-    return {steps, stepsToMm(steps, stepsPerRevolution, lead)};
+    return {steps, axisDrive.mm(steps)};
 }
 
 void Motion::Position_anfahren(qint32 target, int axis, int speedMode) {

@@ -115,7 +115,7 @@ void Optics::driveBellowsToSlider() {
     const double extension =
         divide(optical_.Sensorbreite() * focal, width) - rings - optical_.AzOffset() + focal;
     const qint32 steps =
-        mmToSteps(extension, Val(panel_.Steigung[1]->text()), Val(panel_.Schritte[1]->text()));
+        axisDrive(panel_.Schritte[1]->text(), panel_.Steigung[1]->text()).steps(extension);
     motion_.Position_anfahren(steps, 1, -1);
 }
 

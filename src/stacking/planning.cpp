@@ -41,9 +41,9 @@ void Stacking::Ebenen_Change() {
         return;
     }
     p.Schrittzahl->setText(doubleToText(std::floor(divide(Bereich_, planes) + 0.5), QLocale::c()));
-    const float spacing = toSingle(divide(Val(p.Schrittzahl->text()) * Val(p.Steigung[0]->text()),
-                                          Val(p.Schritte[0]->text())) *
-                                   1000);
+    const AxisDrive drive = motion_.drive(0);
+    const float spacing =
+        toSingle(divide(Val(p.Schrittzahl->text()) * drive.lead, drive.stepsPerRevolution) * 1000);
     p.Weglaenge->setText(formatNumber(spacing * planes / 1000, QStringLiteral("##0.00"), locale));
     const QString pattern = spacing >= 100  ? QStringLiteral("#,##0 µ")
                             : spacing >= 10 ? QStringLiteral("#0.0 µ")

@@ -50,7 +50,8 @@ void Stacking::AutoKomb_Click() {
     raiseFieldOfView();
     // Approach the start from one millimetre beyond it (a hundredth on the microscope), so
     // every plane is reached from the same side.
-    double beyond = divide(Val(p.Schritte[0]->text()), Val(p.Steigung[0]->text()));
+    const AxisDrive drive = motion_.drive(0);
+    double beyond = divide(drive.stepsPerRevolution, drive.lead);
     if (rig_.Controltyp() == 2) beyond /= 100;
     const double start = Val(p.BBeginn[0]->text());
     motion_.Position_anfahren(toLong(start + beyond), 0, 1);

@@ -55,6 +55,12 @@ private slots:
         QCOMPARE(mmToSteps(3.5, 1, 1), 4);
         QCOMPARE(errorOf([] { stepsToMm(400, 0, 1.5); }), int(RuntimeError::DivisionByZero));
         QCOMPARE(errorOf([] { mmToSteps(3, 0, 200); }), int(RuntimeError::DivisionByZero));
+        // The drive as the boxes give it: their leading numbers, read with a decimal point.
+        const AxisDrive drive = axisDrive(QStringLiteral("200 Schritte"), QStringLiteral("1.5"));
+        QCOMPARE(drive.mm(400), 3.0f);
+        QCOMPARE(drive.steps(3), 400);
+        QCOMPARE(errorOf([] { axisDrive(QStringLiteral("200"), QString()).steps(3); }),
+                 int(RuntimeError::DivisionByZero));
 
         // The readout shows millimetres exactly when Label9's caption holds "mm", in the
         // caption's either language.

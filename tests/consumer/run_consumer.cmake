@@ -1,5 +1,8 @@
-# Installs the built tree into a scratch prefix, builds the consumer against that prefix only,
-# and runs it.
+# Installs the built tree into a scratch prefix, builds a host project (PROJECT_DIR, by default
+# the consumer) against that prefix only, and runs its PROGRAM, when one is named.
+if(NOT PROJECT_DIR)
+    set(PROJECT_DIR ${SOURCE_DIR}/tests/consumer)
+endif()
 file(REMOVE_RECURSE ${WORK_DIR})
 file(MAKE_DIRECTORY ${WORK_DIR})
 set(prefix ${WORK_DIR}/prefix)
@@ -13,7 +16,9 @@ function(run)
 endfunction()
 
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
-run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/tests/consumer -B ${WORK_DIR}/build -G ${GENERATOR}
+run(${CMAKE_COMMAND} -S ${PROJECT_DIR} -B ${WORK_DIR}/build -G ${GENERATOR}
     -DCMAKE_PREFIX_PATH=${prefix})
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
-run(${WORK_DIR}/build/consumer)
+if(PROGRAM)
+    run(${WORK_DIR}/build/${PROGRAM})
+endif()

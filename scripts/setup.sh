@@ -10,7 +10,7 @@ packages=(
     fonts-dejavu-core
     qt6-image-formats-plugins qt6-translations-l10n libgphoto2-dev enfuse hugin-tools
     librsvg2-bin dpkg-dev desktop-file-utils
-    qt6-tools-dev qt6-l10n-tools
+    qt6-tools-dev qt6-l10n-tools doxygen
     "$@"
 )
 

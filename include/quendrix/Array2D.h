@@ -15,6 +15,7 @@ template <typename T>
 class Array2D {
 public:
     Array2D() = default;
+    // An array with the bounds lower1..upper1 and lower2..upper2, every element T().
     Array2D(int lower1, int upper1, int lower2, int upper2) {
         redim(lower1, upper1, lower2, upper2);
     }
@@ -31,13 +32,20 @@ public:
         if (cells_.empty()) upper_[0] = lower_[0] - 1, upper_[1] = lower_[1] - 1;
     }
 
+    // True when the array holds no element.
     bool isEmpty() const { return cells_.empty(); }
-    // dimension is 1 or 2, as the system counts them; any other is a subscript error.
+    // The lower and upper bound of a dimension: 1 or 2, as the system counts them; any other
+    // is a subscript error.
+    //@{
     int lbound(int dimension) const { return lower_[checkedDimension(dimension)]; }
     int ubound(int dimension) const { return upper_[checkedDimension(dimension)]; }
+    //@}
 
+    // The element of field i in record j; outside the bounds a subscript error.
+    //@{
     T& operator()(int i, int j) { return cells_[offset(i, j)]; }
     const T& operator()(int i, int j) const { return cells_[offset(i, j)]; }
+    //@}
 
     // Exchanges two whole records (every field).
     void swapRows(int j1, int j2) {
@@ -45,6 +53,7 @@ public:
             std::swap((*this)(i, j1), (*this)(i, j2));
     }
 
+    // The same bounds and the same elements.
     bool operator==(const Array2D&) const = default;
 
 private:

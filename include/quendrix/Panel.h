@@ -40,10 +40,14 @@ public:
     Panel(const Panel&) = delete;
     Panel& operator=(const Panel&) = delete;
 
+    // The tab control that holds every page, and the panel's caption.
+    //@{
     QTabWidget* SSTab1;
     QLabel* lblCaption;
+    //@}
 
     // Tab "Steuerung": axis selection, position readout and the motion check boxes.
+    //@{
     std::array<QRadioButton*, 2> obMotor;
     std::array<QLabel*, 5> Image1;  // 0, 1: pictures of obMotor; 2..4: of Label4(2..4)
     std::array<QFrame*, 5> Shape1;  // the shapes beside the pictures
@@ -69,8 +73,10 @@ public:
     QLabel* Label41;
     QPushButton* Drehen;
     QSlider* Slider2;
+    //@}
 
     // Bellows: jog, extension, field of view and its slider, calibration capture.
+    //@{
     QGroupBox* Frame4;
     QGroupBox* Frame4a;
     QGroupBox* Balgenauszug;
@@ -92,8 +98,10 @@ public:
     QPushButton* cmdAufnehmen;
     QPushButton* cmdFertig;
     QPushButton* Kopie2;
+    //@}
 
     // Focus stack and averaging series.
+    //@{
     QGroupBox* Frame5;
     std::array<QLineEdit*, 1> BBeginn;
     std::array<QLineEdit*, 1> BEnde;
@@ -116,18 +124,22 @@ public:
     QLineEdit* Zerstreuungskreis;
     QLabel* Vorschlag;
     QPushButton* VorschlagUebernehmen;
+    //@}
 
     // Lens changer and optics shown on the operating tab.
+    //@{
     QGroupBox* Frame1;
     QGroupBox* Frame6;
     QGroupBox* Frame12;
     std::array<QLabel*, 5> lbObjektiv;
     QLabel* lblOptik;
+    //@}
 
     // Log boxes: identification line (0) and last line received (1).
     std::array<QLineEdit*, 2> Text1;
 
     // Tab "Objektive": lens list, camera, calibration list.
+    //@{
     QComboBox* cbOptik;
     QListWidget* OptikFaktor;  // hidden, index-aligned with cbOptik
     QPushButton* NeuObjektiv;
@@ -148,8 +160,10 @@ public:
     QLineEdit* Zelle;         // the cell editor floated over Grid1
     QWidget* Kalibrierkurve;  // the calibration list's points and the line they give
     QPushButton* Loeschen;
+    //@}
 
     // Tab "Achsen": per-axis configuration, connection.
+    //@{
     std::array<QGroupBox*, 2> FrameM;
     std::array<QGroupBox*, 2> Frame;
     std::array<QGroupBox*, 2> FrameP;
@@ -172,17 +186,22 @@ public:
     QLineEdit* ComPort;
     QLineEdit* ComBaud;
     QCheckBox* Check2;
+    //@}
 
     // Tab "Licht": two channels on the controller (0, 1) and the light module (2, 3).
+    //@{
     std::array<QCheckBox*, 4> Licht;
     std::array<QScrollBar*, 4> HScroll1;
     std::array<QGroupBox*, 2> Frame13;  // light module frames, one per module type
     std::array<QPushButton*, 8> Seg;    // ring-light segments; caption = segment number
+    //@}
 
     // Non-visual controls.
+    //@{
     QSerialPort* MSComm1;
     QTcpSocket* Telnet1;
     QTimer* Timer3;
+    //@}
 
 private:
     void buildTabs(QWidget* owner);

@@ -9,6 +9,7 @@ namespace quendrix {
 
 // Message-box buttons, icons and answers, numbered as hosts of the component know them.
 namespace MsgBox {
+// The parts of a message box's style, combined by adding one of each.
 enum Style : int {
     OKOnly = 0,
     OKCancel = 1,
@@ -23,6 +24,7 @@ enum Style : int {
     DefaultButton2 = 256,
     DefaultButton3 = 512,
 };
+// The buttons' answers, as messageBox returns them.
 enum Answer : int { OK = 1, Cancel = 2, Abort = 3, Retry = 4, Ignore = 5, Yes = 6, No = 7 };
 // The answers of a style's buttons, in their order on the box.
 QUENDRIX_EXPORT QList<int> answers(int style);

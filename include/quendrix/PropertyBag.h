@@ -15,17 +15,21 @@ namespace quendrix {
 // The two defaults may differ, and the control relies on that difference as it stands.
 class QUENDRIX_EXPORT PropertyBag {
 public:
+    // The value stored under `name`, or `defaultValue` when none is.
     QVariant ReadProperty(const QString& name, const QVariant& defaultValue = {}) const;
+    // Stores `value` under `name`; a value equal to `defaultValue` removes the entry instead.
     void WriteProperty(const QString& name, const QVariant& value,
                        const QVariant& defaultValue = {});
+    // Whether a value is stored under `name`.
     bool contains(const QString& name) const;
     // Names of the stored entries, in the order they were first written.
     QStringList names() const;
+    // Removes every entry.
     void clear() { entries_.clear(); }
 
     // A host keeps a bag between sessions with these: a small JSON document,
     //   {"format": "quendrix-propertybag", "version": 2,
-    //    "entries": [{"name": ..., "type": <Qt type name>, "value": ...}, ...]}
+    //    "entries": [{"name": ..., "type": the Qt type name, "value": ...}, ...]}
     // in which every value reads back with its type and compares equal. Values keep a readable
     // form: numbers as numbers (whole numbers beyond 2^53 as decimal texts; "nan", "inf",
     // "-inf", "-0"), texts as strings, byte arrays in base64, geometry as small arrays of numbers
@@ -52,6 +56,8 @@ public:
     // Replaces the file in one step (replaceFile): a reader or a crash finds the old bag or the
     // new one, never a mix.
     bool save(const QString& path, QString* error = nullptr) const;
+    // Replaces the contents with the bag in the file, as fromJson does; on failure returns false,
+    // with an error naming the file or the entry, and leaves the bag unchanged.
     bool load(const QString& path, QString* error = nullptr);
 
 private:

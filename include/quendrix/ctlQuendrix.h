@@ -29,20 +29,36 @@ class ControlParts;
 // read in the control's locale (QWidget::locale(), the system's unless the host sets one).
 class QUENDRIX_EXPORT ctlQuendrix : public QWidget {
     Q_OBJECT
+    // True while the panel runs inside a designer (read-only).
     Q_PROPERTY(bool IDE READ IDE)
+    // The rig's name: the section of the settings file that holds its link ("Platz0").
     Q_PROPERTY(QString MotorName READ MotorName WRITE setMotorName)
+    // Drive of axis 0: 0 stepper motor, 1 CAN bus drive, 2 DC motor.
     Q_PROPERTY(qint32 MotorArt0 READ MotorArt0 WRITE setMotorArt0)
+    // Drive of axis 1: 0 stepper motor, 1 CAN bus drive, 2 DC motor.
     Q_PROPERTY(qint32 MotorArt1 READ MotorArt1 WRITE setMotorArt1)
+    // Rig type: 0 distance rail and bellows, 1 distance rail and lens changer, 2
+    // microscope. Setting it lays the panel out for that rig.
     Q_PROPERTY(qint16 Controltyp READ Controltyp WRITE setControltyp)
+    // The characters the board announces its kind with ("qQ").
     Q_PROPERTY(QString Kennung READ Kennung WRITE setKennung)
+    // The settings file (ReadProperties derives it from the host's own, see there).
     Q_PROPERTY(QString inifile READ inifile WRITE setinifile)
+    // Micro-stepping of axis 0 (its check box's value).
     Q_PROPERTY(qint16 Mikroschritt0 READ Mikroschritt0 WRITE setMikroschritt0)
+    // Micro-stepping of axis 1 (its check box's value).
     Q_PROPERTY(qint16 Mikroschritt1 READ Mikroschritt1 WRITE setMikroschritt1)
+    // The panel's caption.
     Q_PROPERTY(QString Caption READ Caption WRITE setCaption)
+    // The field of view in mm, as text.
     Q_PROPERTY(QString Sehfeld READ Sehfeld WRITE setSehfeld)
+    // The camera's name; its lenses are kept in the settings section of that name.
     Q_PROPERTY(QString Kameratyp READ Kameratyp WRITE setKameratyp)
+    // The focal length in mm.
     Q_PROPERTY(float Brennweite READ Brennweite WRITE setBrennweite)
+    // The sensor's width in mm.
     Q_PROPERTY(float Sensorbreite READ Sensorbreite WRITE setSensorbreite)
+    // The lens offset in mm that the calibration list gives.
     Q_PROPERTY(double AzOffset READ AzOffset WRITE setAzOffset)
 
 signals:
@@ -67,21 +83,24 @@ signals:
     void settingProblem(QString message);
 
 public:
+    // Builds the panel with every control; the link stays closed until the host starts it.
     explicit ctlQuendrix(QWidget* parent = nullptr);
     ~ctlQuendrix() override;
 
     // Public variables.
-    qint16 Quittierung = 0;  // 0 = keine Kommunikation, 1 = Kommunikation möglich
-    bool wifi = false;       // true: the link runs over Telnet1 instead of MSComm1
-    QVariant Aktiv;
-    QVariant Basis;
-    QString App_Path;  // the host's folder, set by ReadProperties
-    QString Objektiv;  // index of the selected lens, as text
-    double Gesamtauszug = 0;
-    QVariant Intervall;
+    qint16 Quittierung = 0;        // 0 = keine Kommunikation, 1 = Kommunikation möglich
+    bool wifi = false;             // true: the link runs over Telnet1 instead of MSComm1
+    QVariant Aktiv;                // kept for the host; the panel does not use it
+    QVariant Basis;                // kept for the host; the panel does not use it
+    QString App_Path;              // the host's folder, set by ReadProperties
+    QString Objektiv;              // index of the selected lens, as text
+    double Gesamtauszug = 0;       // the bellows' total extension in mm, with extension rings
+    QVariant Intervall;            // kept for the host; the panel does not use it
     quendrix::DoubleTable Matrix;  // the loaded calibration table (column, row)
 
-    // Design-time properties.
+    // Read and set the design-time property of the same name; each set raises PropertyChanged
+    // with the property's name.
+    //@{
     bool IDE() const;
     QString MotorName() const { return motorName_; }
     void setMotorName(const QString& value);
@@ -111,10 +130,17 @@ public:
     void setSensorbreite(float value);
     double AzOffset() const;
     void setAzOffset(double value);
+    //@}
 
     // Container hooks. Initialize runs in the constructor and Terminate in the destructor.
+    // InitProperties gives the properties their defaults on a first placement (the caption
+    // is the object name).
     void InitProperties();
+    // Restores the properties on every later load, finds the host's folder (App_Path) and the
+    // settings file (host.ini with Anlage=L in [Arduino] gives host_L.ini beside it) and lays
+    // the panel out for Controltyp. An entry the panel cannot take throws RuntimeError.
     void ReadProperties(quendrix::PropertyBag& PropBag);
+    // Stores the properties; a value equal to its default is left out of the bag.
     void WriteProperties(quendrix::PropertyBag& PropBag) const;
     // Ends every wait still running (for an acknowledgement, a release, a move) at once, and
     // makes later ones return at once. A host that closes its window while the control may be
@@ -122,12 +148,16 @@ public:
     void Terminate();
 
     // The transports, the run timer and the panel form.
+    //@{
     QSerialPort* MSComm1() const;
     QTcpSocket* Telnet1() const;
     QTimer* Timer3() const;
     quendrix::Panel* panel() const { return panel_.get(); }
+    //@}
     // The surroundings the control asks for dialogs, time and keys; qtPlatform() unless set.
     quendrix::Platform& platform() const { return *platform_; }
+    // Puts `platform` in place of qtPlatform() (nullptr: qtPlatform() again). The control does
+    // not own it; it must outlive the control.
     void setPlatform(quendrix::Platform* platform);
 
     // Settings store and utilities.
@@ -145,12 +175,14 @@ public:
     Q_INVOKABLE float map(qint32 x, qint32 in_min, qint32 in_max, qint32 out_min, qint32 out_max);
     // Sorts the records (second index) of AvSort ascending by the field Spalte; without
     // lngStart and lngEnd the whole table.
+    //@{
     Q_INVOKABLE void QuickSortReihe(quendrix::VariantTable& AvSort, qint16 Spalte);
     Q_INVOKABLE void QuickSortReihe(quendrix::VariantTable& AvSort, qint16 Spalte, qint32 lngStart,
                                     qint32 lngEnd);
     void QuickSortReihe(quendrix::DoubleTable& AvSort, qint16 Spalte);
     void QuickSortReihe(quendrix::DoubleTable& AvSort, qint16 Spalte, qint32 lngStart,
                         qint32 lngEnd);
+    //@}
 
     // Bringing the rig into service and out of it.
     // Opens the serial port named by the settings ("port", "baud" in the section MotorName),
@@ -186,7 +218,9 @@ public:
     // EinAus 0 switches every light off; any other value switches each light as its check
     // box on the panel says.
     Q_INVOKABLE void Beleuchtung(qint16 EinAus);
+    // Sets the ring light's mode.
     Q_INVOKABLE void Ring(qint16 Modus);
+    // Switches a segment of the ring light on.
     Q_INVOKABLE void Segment(qint16 Nummer);
     // Asks for a colour intensity (0 white, 1 red, 2 green, 3 blue) and sends it. A text that
     // is no number throws quendrix::RuntimeError (type mismatch) and sends nothing.
@@ -218,7 +252,9 @@ public:
     Q_INVOKABLE void Mittelw_Click();
     // Asks the host for one picture (raises Schicht with the next layer number).
     Q_INVOKABLE void Schicht_Click();
+    // The same as Mittelw_Click.
     Q_INVOKABLE void Mittelwertbild();
+    // The same as Schicht_Click.
     Q_INVOKABLE void Schichtbild();
     // Clears the layer counter ("Schicht: 0") and disables Combine.
     Q_INVOKABLE void Zuruecksetzen();

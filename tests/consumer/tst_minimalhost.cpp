@@ -28,6 +28,28 @@ Run run(const QString& program, const QStringList& arguments, int seconds) {
     return result;
 }
 
+// Starts the board simulator on a pseudo-terminal; returns the device's path.
+QString startBoard(QProcess& board) {
+    board.start(QStringLiteral(SIMULATOR), QStringList());
+    if (!board.waitForReadyRead(10000)) return {};
+    const QString banner = QString::fromLatin1(board.readLine()).trimmed();
+    return banner.startsWith(QStringLiteral("serial: ")) ? banner.mid(8) : QString();
+}
+
+// Points the settings file at the board's device, keeping everything else in it.
+bool setPort(const QString& settings, const QString& device) {
+    QFile file(settings);
+    QByteArray text;
+    if (file.open(QIODevice::ReadOnly)) text = file.readAll();
+    file.close();
+    const qsizetype at = text.indexOf("port=");
+    if (at < 0)
+        text.prepend("[Platz0]\r\nport=" + device.toUtf8() + "\r\n");
+    else
+        text.replace(at, text.indexOf('\r', at) - at, "port=" + device.toUtf8());
+    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
+}
+
 QStringList picturesIn(const QString& folder) {
     return QDir(folder).entryList({QStringLiteral("*.png")}, QDir::Files, QDir::Name);
 }
@@ -50,17 +72,15 @@ private slots:
         QVERIFY2(build.exitCode == 0, qPrintable(build.output));
         const QString host = work.filePath(QStringLiteral("build/minimal-host"));
 
-        QProcess board;
-        board.start(QStringLiteral(SIMULATOR), QStringList());
-        QVERIFY(board.waitForReadyRead(10000));
-        const QString banner = QString::fromLatin1(board.readLine()).trimmed();
-        QVERIFY2(banner.startsWith(QStringLiteral("serial: ")), qPrintable(banner));
         const QString settings = work.filePath(QStringLiteral("rig_L.ini"));
         QFile file(settings);
         QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("[Platz0]\r\nport=" + banner.mid(8).toUtf8() +
-                   "\r\n[Platz00]\r\nTaktpause=200\r\nBeginn=6000\r\nEnde=2000\r\n");
+        file.write("[Platz00]\r\nTaktpause=200\r\nBeginn=6000\r\nEnde=2000\r\n");
         file.close();
+        QProcess board;
+        const QString device = startBoard(board);
+        QVERIFY(!device.isEmpty());
+        QVERIFY(setPort(settings, device));
 
         // First run: a first placement, the settings file named on the command line.
         const QString bag = work.filePath(QStringLiteral("host.bag"));
@@ -77,14 +97,21 @@ private slots:
         QVERIFY2(stack.output.contains(QStringLiteral("combine 4 pictures")),
                  qPrintable(stack.output));
 
-        // Second run: the panel restored from the bag finds the rig without being told.
+        // Second run: the panel restored from the bag finds the rig without being told. A new
+        // board, as after the rig was switched off and on again.
+        board.terminate();
+        board.waitForFinished(5000);
+        QProcess newBoard;
+        const QString newDevice = startBoard(newBoard);
+        QVERIFY(!newDevice.isEmpty());
+        QVERIFY(setPort(settings, newDevice));
         const QString second = work.filePath(QStringLiteral("second"));
         const Run again = run(host,
                               {QStringLiteral("--bag"), bag, QStringLiteral("--pictures"), second,
                                QStringLiteral("--stack"), QStringLiteral("1")},
                               120);
-        board.terminate();
-        board.waitForFinished(5000);
+        newBoard.terminate();
+        newBoard.waitForFinished(5000);
         QVERIFY2(again.exitCode == 0, qPrintable(again.output));
         QCOMPARE(picturesIn(second), (QStringList{"plane-0001.png", "plane-0002.png"}));
         QVERIFY2(again.output.contains(QStringLiteral("combine 2 pictures")),

@@ -152,6 +152,15 @@ private slots:
         QVERIFY(connect(socket, faulty));
         session();
         QCOMPARE(state(), clean);
+        // However the replies were cut, each acknowledgement counted: no command waited out
+        // the acknowledgement's time before it went.
+        const QList<sim::Received>& received = rig_->board->received();
+        for (qsizetype i = 1; i < received.size(); ++i)
+            QVERIFY2(received[i].time - received[i - 1].time < 1,
+                     qPrintable(QStringLiteral("%1 waited %2 s after %3")
+                                    .arg(QString::fromLatin1(received[i].command))
+                                    .arg(received[i].time - received[i - 1].time)
+                                    .arg(QString::fromLatin1(received[i - 1].command))));
     }
 
     void aBoardThatBootsIsDeafUntilItHasBooted() {

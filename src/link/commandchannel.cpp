@@ -29,6 +29,7 @@ Link::Link(Rig& rig, Panel& panel, Waiter& waiter) : rig_(rig), panel_(panel), w
 
 void Link::forgetReceived() {
     sEmpfang_.clear();
+    socketTail_.clear();
     sRest_.clear();
     sKennText_ = {};
     AchsPosition_ = {0, 0};
@@ -85,10 +86,20 @@ void Link::serialReceived() {
     }
 }
 
+// The socket hands on what has arrived up to its last line end; the rest waits for more. A
+// board whose WiFi module sends a line's CR LF in a packet of its own thereby ends that line,
+// instead of delivering a lone CR LF, which the socket's rule drops, losing the line and its
+// acknowledgement.
 void Link::socketReceived() {
     QTcpSocket& socket = *panel_.Telnet1;
-    while (socket.bytesAvailable() > 0)
-        received(socket.readAll(), true);
+    while (socket.bytesAvailable() > 0) {
+        socketTail_ += socket.readAll();
+        const qsizetype end = socketTail_.lastIndexOf("\r\n");
+        if (end < 0) continue;
+        const QByteArray lines = socketTail_.left(end + 2);
+        socketTail_.remove(0, end + 2);
+        received(lines, true);
+    }
 }
 
 // Whatever the board sends is evaluated here, inside the transport's event: nothing that goes

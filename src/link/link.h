@@ -106,6 +106,7 @@ private:
     bool bQuittiert_ = false;
     QString sErwartet_;
     QString sEmpfang_;
+    QByteArray socketTail_;  // what the socket brought after its last line end
     QString sLetzteZeile_;
     QString sRest_;
     bool bFreigabe_ = false;  // the host's release

@@ -131,6 +131,25 @@ private slots:
         QVERIFY(!meanOfPositive(table, FocalLength) && !fittedLine(table));
     }
 
+    // Rows added and removed: a new row of zeros at the end; removing the last row clears the
+    // focal length and offset its predecessor had from it; the last row gone, a fresh series.
+    void rowsAreAppendedAndRemoved() {
+        DoubleTable table = withRowAppended(tableOf({{40, 50, 0.6, 100, 10}}));
+        QCOMPARE(rowCount(table), 2);
+        QCOMPARE(table(FocalLength, 0), 100.0);
+        QCOMPARE(table(Extension, 1), 0.0);
+        table(Extension, 1) = 70;
+        const DoubleTable first = withoutRow(table, 0);
+        QCOMPARE(rowCount(first), 1);
+        QCOMPARE(first(Extension, 0), 70.0);
+        const DoubleTable last = withoutRow(table, 1);
+        QCOMPARE(last(Extension, 0), 50.0);
+        QCOMPARE(last(FocalLength, 0), 0.0);
+        QCOMPARE(last(Offset, 0), 0.0);
+        QVERIFY(isFresh(withoutRow(last, 0)) && isFresh(withRowAppended(DoubleTable())));
+        QVERIFY(isFresh(freshTable()) && !isFresh(table));
+    }
+
     void fieldWidthIsInterpolatedBetweenMeasurements() {
         // Rows out of order still bracket by extension.
         const DoubleTable table = tableOf({{30, 70}, {48, 40}, {40, 50}});

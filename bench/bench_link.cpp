@@ -6,6 +6,8 @@
 //      target: under 2 % of one core.
 //   3. Status lines evaluated per second by Auswerten against the line rate of a 115200-baud
 //      wire; target: at least 100 times the wire rate.
+//   4. The same exchange with replies cut into random pieces over the socket against the
+//      serial port; target: at most 2 times.
 // Usage: bench_link [round trips per transport, default 300]
 #include "control/internals.h"
 #include "link/link.h"
@@ -37,6 +39,25 @@ double outputRoundTrips(ctlQuendrix& control, const QString& command, int count)
     return timer.nsecsElapsed() / 1e9 / count;
 }
 
+// Connects the control's socket to the simulator, which serves one client at a time: once it
+// has seen the one before go.
+bool connectSocket(ctlQuendrix& control, quint16 port) {
+    for (int attempt = 0; attempt < 10; ++attempt) {
+        QElapsedTimer settle;
+        settle.start();
+        while (settle.elapsed() < 100)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        control.Telnet1()->connectToHost(QHostAddress::LocalHost, port);
+        if (!control.Telnet1()->waitForConnected(3000)) return false;
+        settle.restart();
+        while (settle.elapsed() < 100)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        if (control.Telnet1()->state() == QAbstractSocket::ConnectedState) return true;
+        control.Telnet1()->abort();
+    }
+    return false;
+}
+
 void compareRoundTrips(int count) {
     SimulatorProcess sim;
     if (!sim.start({QStringLiteral("--serial"), QStringLiteral("--tcp"), QStringLiteral("0")})) {
@@ -62,24 +83,33 @@ void compareRoundTrips(int count) {
     const double rawTcp = rawRoundTrips(rawSocket, "w800#\r\n", count);
     rawSocket.disconnectFromHost();
     if (rawSocket.state() != QAbstractSocket::UnconnectedState) rawSocket.waitForDisconnected(1000);
-    // The simulator serves one client at a time: connect once it has seen the first one go.
-    for (int attempt = 0; attempt < 10; ++attempt) {
-        QElapsedTimer settle;
-        settle.start();
-        while (settle.elapsed() < 100)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        control.Telnet1()->connectToHost(QHostAddress::LocalHost, sim.port);
-        if (!control.Telnet1()->waitForConnected(3000)) return;
-        settle.restart();
-        while (settle.elapsed() < 100)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        if (control.Telnet1()->state() == QAbstractSocket::ConnectedState) break;
-        control.Telnet1()->abort();
-    }
+    if (!connectSocket(control, sim.port)) return;
     control.wifi = true;
     const double tcpOutput = outputRoundTrips(control, QStringLiteral("w800#"), count);
     std::printf("socket round trip: raw %.3f ms, Output %.3f ms, ratio %.2f (target <= 1.5)\n",
                 rawTcp * 1e3, tcpOutput * 1e3, tcpOutput / rawTcp);
+}
+
+// The same exchange with every reply cut into random pieces, over the socket and over the
+// serial port: a line whose end comes apart from it must cost the socket no more than the port.
+void compareSplitReplies(int count) {
+    SimulatorProcess sim;
+    if (!sim.start({QStringLiteral("--serial"), QStringLiteral("--tcp"), QStringLiteral("0"),
+                    QStringLiteral("--split")})) {
+        std::printf("split replies: the simulator did not start\n");
+        return;
+    }
+    ctlQuendrix control;
+    quendrix::internals(control).link()->setQuittiert(true);
+    if (!openSerial(*control.MSComm1(), sim.serial)) return;
+    const double serial = outputRoundTrips(control, QStringLiteral("w800#"), count);
+    control.MSComm1()->close();
+    if (!connectSocket(control, sim.port)) return;
+    control.wifi = true;
+    const double socket = outputRoundTrips(control, QStringLiteral("w800#"), count);
+    std::printf("split replies: serial %.3f ms, socket %.3f ms per round trip\n", serial * 1e3,
+                socket * 1e3);
+    std::printf("RATIO split-tcp-vs-serial %.2f <= 2\n", socket / serial);
 }
 
 void measureUnansweredWait() {
@@ -115,6 +145,7 @@ void measureEvaluation() {
         "evaluation: %.0f status lines/s, a 115200-baud wire carries %.0f lines/s, "
         "ratio %.0f (target >= 100)\n",
         perSecond, wirePerSecond, perSecond / wirePerSecond);
+    std::printf("RATIO evaluation-vs-wire %.0f >= 100\n", perSecond / wirePerSecond);
 }
 
 }  // namespace
@@ -123,6 +154,7 @@ int main(int argc, char* argv[]) {
     QApplication app(argc, argv);
     const int count = argc > 1 ? QByteArray(argv[1]).toInt() : 300;
     compareRoundTrips(count);
+    compareSplitReplies(count / 3);
     measureUnansweredWait();
     measureEvaluation();
     return 0;

@@ -1304,7 +1304,7 @@ The stack is not started.</translation>
     </message>
     <message>
         <source>Präp.</source>
-        <translation>Spec.</translation>
+        <translation>Specimen</translation>
     </message>
     <message>
         <source>Anheben [Schritte]</source>

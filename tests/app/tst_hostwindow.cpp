@@ -624,7 +624,7 @@ private slots:
             quendrix::Panel& p = *open({"sim", {}, 60}, 1).panel().panel();
             QCOMPARE(p.Frame6->title(), QString("Lens changer"));
             QCOMPARE(p.Label41->text(), QString("Raise by [steps]"));
-            QCOMPARE(p.Label4[3]->text(), QString("Spec."));
+            QCOMPARE(p.Label4[3]->text(), QString("Specimen"));
             QCOMPARE(p.lblOptik->text(), QString("ohne"));
             QCOMPARE(p.cbOptik->itemText(0), QString("ohne"));
         }

@@ -206,21 +206,27 @@ void StackControl::beginStack() {
     const quendrix::Panel& p = *panel_.panel();
     const stackplan::Axis axis = this->axis();
     stack_ = true;
-    taken_ = 0;
-    pictures_ = int(field(p.Ebenen)) + 1;
     RunEstimate::Plan plan;
-    plan.pictures = pictures_;
-    plan.pauseSeconds = field(p.wartezeit) / 1000;
+    plan.pictures = int(field(p.Ebenen)) + 1;
     plan.approachSeconds =
         stackplan::approachSeconds(field(p.lblPosition1[0]), field(p.BBeginn[0]), axis);
     plan.moveSeconds = stackplan::planeMoveSeconds(field(p.Schrittzahl), axis);
+    beginRun(plan, Phase::Approach);
+}
+
+// A new run, stack or series, of `plan`'s pictures: nothing taken, nothing held, no ending yet.
+void StackControl::beginRun(RunEstimate::Plan plan, Phase phase) {
+    taken_ = 0;
+    pictures_ = plan.pictures;
+    plan.pauseSeconds = field(panel_.panel()->wartezeit) / 1000;
     plan.cameraSeconds = cameraSeconds();
     estimate_.start(plan, now());
+    if (phase == Phase::Running) estimate_.approached(now());
     ending_ = Ending::Complete;
     detail_.clear();
     stoppedInApproach_ = false;
     heldSince_ = -1;
-    phase_ = Phase::Approach;
+    phase_ = phase;
     emit changed();
 }
 
@@ -243,24 +249,13 @@ void StackControl::trackRun() {
     const quendrix::Panel& p = *panel_.panel();
     stack_ = quendrix::tag(p.AutoKomb) == kActive;
     if (!stack_ && quendrix::tag(p.Mittelw) != kActive) return;
-    taken_ = 0;
-    pictures_ =
+    RunEstimate::Plan plan;
+    plan.pictures =
         stack_
             ? int(field(p.Ebenen)) + 1
             : int(stackplan::leadingNumber(panel_.ini(
                   QStringLiteral("Verzeichnis"), QStringLiteral("Serie"), QStringLiteral("10"))));
-    RunEstimate::Plan plan;
-    plan.pictures = pictures_;
-    plan.pauseSeconds = field(p.wartezeit) / 1000;
-    plan.cameraSeconds = cameraSeconds();
-    estimate_.start(plan, now());
-    estimate_.approached(now());
-    ending_ = Ending::Complete;
-    detail_.clear();
-    stoppedInApproach_ = false;
-    heldSince_ = -1;
-    phase_ = Phase::Running;
-    emit changed();
+    beginRun(plan, Phase::Running);
 }
 
 // The panel ends its runs by clearing their tags: a run that ends so, unasked, is complete.

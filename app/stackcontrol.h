@@ -74,6 +74,7 @@ private:
     bool withinTravel();
     stackplan::Axis axis() const;
     void beginStack();
+    void beginRun(RunEstimate::Plan plan, Phase phase);
     void approachReturned();
     void trackRun();
     void tagChanged(QObject* button);

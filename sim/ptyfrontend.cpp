@@ -4,11 +4,13 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/inotify.h>
 #include <termios.h>
 #include <unistd.h>
 #include <QFile>
 #include <QFileInfo>
 #include <QSocketNotifier>
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -71,6 +73,13 @@ bool PtyFrontEnd::openMaster(QString* error) {
     const int slave = ::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
     if (slave < 0) return fail("open slave");
     ::close(slave);
+    holders_ = 0;
+    watch_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    if (watch_ < 0) return fail("inotify_init1");
+    if (inotify_add_watch(watch_, name, IN_OPEN | IN_CLOSE) < 0) return fail("inotify_add_watch");
+    watchNotifier_ = std::make_unique<QSocketNotifier>(watch_, QSocketNotifier::Read);
+    watchNotifier_->setEnabled(false);
+    connect(watchNotifier_.get(), &QSocketNotifier::activated, this, [this] { pump(); });
 
     notifier_ = std::make_unique<QSocketNotifier>(master_, QSocketNotifier::Read);
     notifier_->setEnabled(false);
@@ -79,11 +88,14 @@ bool PtyFrontEnd::openMaster(QString* error) {
 }
 
 void PtyFrontEnd::closeMaster() {
-    if (notifier_) {
-        // This may run inside the notifier's own signal.
-        notifier_->setEnabled(false);
-        notifier_.release()->deleteLater();
+    // This may run inside a notifier's own signal.
+    for (std::unique_ptr<QSocketNotifier>* notifier : {&notifier_, &watchNotifier_}) {
+        if (!*notifier) continue;
+        (*notifier)->setEnabled(false);
+        notifier->release()->deleteLater();
     }
+    if (watch_ >= 0) ::close(watch_);
+    watch_ = -1;
     if (master_ >= 0) ::close(master_);
     master_ = -1;
     unwritten_.clear();
@@ -121,31 +133,66 @@ void PtyFrontEnd::removeLink() {
 void PtyFrontEnd::pump() {
     const Pumping guard(pumping_);
     if (!guard.entered() || !isOpen()) return;
-    pollfd state{master_, POLLIN, 0};
-    ::poll(&state, 1, 0);
-    const bool hangUp = state.revents & POLLHUP;
-    if (!linkUp() && !hangUp) {
-        // Lines the last client left unread would otherwise greet the new one. (Only this
-        // selector reaches the slave's input queue from the master.)
-        tcflush(master_, TCOFLUSH);
-        setLinkUp(true);
-        updateNotifier();
-    }
+    followHolders();
     if (!linkUp()) {
         board().advance(now());
         return;
     }
-    const QByteArray in = readMaster();
-    if (hangUp) {
-        // What the client wrote before it closed still counts; nothing more is sent.
-        if (!in.isEmpty()) board().receive(in, now());
-        unwritten_.clear();
-        setLinkUp(false);
-        updateNotifier();
-        return;
-    }
     flushWrites();
-    exchange(in);
+    exchange(readMaster());
+}
+
+// The system reports every open and close of the slave, so a client that closes and reopens
+// the device at once still resets the board. Two opens in a row may be reported as one; the
+// master's hang-up (nobody holds the slave) corrects the count.
+void PtyFrontEnd::followHolders() {
+    std::vector<bool> changes;  // in order; true: opened
+    alignas(inotify_event) char buffer[4096];
+    for (ssize_t n; (n = ::read(watch_, buffer, sizeof buffer)) > 0;) {
+        for (ssize_t at = 0; at < n;) {
+            const auto* event = reinterpret_cast<const inotify_event*>(buffer + at);
+            if (event->mask & IN_OPEN) changes.push_back(true);
+            if (event->mask & IN_CLOSE) changes.push_back(false);
+            at += ssize_t(sizeof(inotify_event) + event->len);
+        }
+    }
+    for (auto change = changes.begin(); change != changes.end(); ++change) {
+        if (*change) {
+            if (holders_++ == 0) linkComesUp();
+        } else if (holders_ > 0 && --holders_ == 0) {
+            linkGoesDown(std::find(change, changes.end(), true) != changes.end());
+        }
+    }
+    pollfd state{master_, POLLIN, 0};
+    ::poll(&state, 1, 0);
+    const bool hangUp = state.revents & POLLHUP;
+    if (hangUp && holders_ > 0) {
+        holders_ = 0;
+        linkGoesDown(false);
+    } else if (!hangUp && holders_ == 0) {
+        holders_ = 1;
+        linkComesUp();
+    }
+}
+
+void PtyFrontEnd::linkComesUp() {
+    // Lines the last client left unread would otherwise greet the new one. (Only this
+    // selector reaches the slave's input queue from the master.)
+    tcflush(master_, TCOFLUSH);
+    setLinkUp(true);
+    updateNotifier();
+}
+
+// What the client wrote before it closed still counts, unless another client has opened the
+// device since: then what waits is more likely the new one's. Nothing more is sent.
+void PtyFrontEnd::linkGoesDown(bool reopened) {
+    if (!reopened) {
+        const QByteArray in = readMaster();
+        if (!in.isEmpty()) board().receive(in, now());
+    }
+    unwritten_.clear();
+    setLinkUp(false);
+    updateNotifier();
 }
 
 QByteArray PtyFrontEnd::readMaster() {
@@ -191,6 +238,7 @@ void PtyFrontEnd::updateNotifier() {
     // While nobody holds the slave, the master is always readable (with an error): then the
     // timer polls instead of the notifier.
     if (notifier_) notifier_->setEnabled(autoPump() && linkUp());
+    if (watchNotifier_) watchNotifier_->setEnabled(autoPump());
 }
 
 }  // namespace quendrix::sim

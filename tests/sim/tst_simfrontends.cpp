@@ -101,6 +101,27 @@ private slots:
             QTRY_VERIFY((pty.pump(), !pty.linkUp()));
         }
         QCOMPARE(opened.size(), 4);
+
+        // Closed and opened again before the front end looks: still a new link, and the board
+        // boots again (deaf for a second), where it would otherwise go on as if nothing
+        // happened.
+        const int first = ::open(qPrintable(pty.devicePath()), O_RDWR | O_NOCTTY);
+        pty.pump();
+        ::close(first);
+        const int second = ::open(qPrintable(pty.devicePath()), O_RDWR | O_NOCTTY);
+        QSignalSpy closed(&pty, &FrontEnd::linkClosed);
+        pty.pump();
+        QCOMPARE(closed.size(), 1);
+        QCOMPARE(opened.size(), 6);
+        QVERIFY(pty.linkUp());
+        QCOMPARE(::write(second, "?#\r\n", 4), 4);
+        pty.pump();
+        QCOMPARE(board.received().size(), 5);  // booting: deaf
+        now += 1;
+        QCOMPARE(::write(second, "?#\r\n", 4), 4);
+        QTRY_VERIFY((pty.pump(), board.received().size() == 6));
+        QCOMPARE(readFd(second, "\n"), QByteArray("Arduino Photostand\r\n"));
+        ::close(second);
         pty.close();
         QVERIFY(!QFileInfo::exists(link) && !QFileInfo(link).isSymLink());
     }

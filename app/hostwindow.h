@@ -47,6 +47,9 @@ public:
                    const QString& picturesRoot);
     // True once the rig was brought into service; only then does closing save its state.
     bool rigReady() const { return ready_; }
+    // What the application made of the start-up: a rig it does not call ready (its board
+    // does not acknowledge) is not shut down through the panel on closing either.
+    void setRigReady(bool ready) { ready_ = ready; }
     // Shows a problem the photographer should know of (a setting that could not be used, a
     // picture that could not be taken) in the list beside the panel and in the status bar.
     void report(const QString& problem);

@@ -103,6 +103,20 @@ int main(int argc, char* argv[]) {
         say(stderr, english);
         if (window) window->report(german);
     };
+    // A board that stops acknowledging still gets every command, each after its full waits:
+    // the photographer hears of it at once, not only from a rig grown slow.
+    QObject::connect(&panel, &ctlQuendrix::acknowledgingChanged, [&](bool acknowledging) {
+        if (acknowledging)
+            report(QStringLiteral("the board acknowledges its commands again"),
+                   QCoreApplication::translate("main",
+                                               "Die Steuerung bestätigt ihre Befehle wieder."));
+        else
+            report(QStringLiteral("the board does not acknowledge its commands; each one waits "
+                                  "for its acknowledgement in vain"),
+                   QCoreApplication::translate("main",
+                                               "Die Steuerung bestätigt ihre Befehle nicht; "
+                                               "jeder Befehl wartet vergeblich auf Antwort."));
+    });
     UnattendedPlatform quiet;
     if (options.unattended()) panel.setPlatform(&quiet);
 
@@ -220,6 +234,7 @@ int main(int argc, char* argv[]) {
     }
     QTimer::singleShot(0, &app, [&] {
         ready = startup.run(options.unattended() ? kUnattendedStartSeconds : 0);
+        if (window) window->setRigReady(ready);
         if (!ready) {
             report(QStringLiteral("the %1 rig is not ready: %2 %3")
                        .arg(options.boardName(), startup.summary(false), startup.advice(false)),

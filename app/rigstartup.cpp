@@ -69,6 +69,14 @@ bool RigStartup::run(double deadlineSeconds) {
         panel_.Terminate();
     });
     if (deadlineSeconds > 0) deadline.start(int(deadlineSeconds * 1000));
+    sentBefore_ = panel_.commandsSent();
+    unansweredBefore_ = panel_.commandsUnanswered();
+    const QMetaObject::Connection silence = QObject::connect(
+        &panel_, &ctlQuendrix::acknowledgingChanged, [this, deadlineSeconds](bool acknowledging) {
+            if (acknowledging || deadlineSeconds <= 0) return;
+            silent_ = true;
+            panel_.Terminate();
+        });
     try {
         if (board_ == Options::Board::Wifi)
             panel_.WiFi_Starten();
@@ -79,8 +87,10 @@ bool RigStartup::run(double deadlineSeconds) {
     }
     deadline.stop();
     QObject::disconnect(readiness);
+    QObject::disconnect(silence);
+    silent_ = silent_ || !panel_.acknowledging();
     // A start-up cut short configured the board only in part.
-    ready_ = ready_ && !timedOut_ && failure_.isEmpty();
+    ready_ = ready_ && !timedOut_ && !silent_ && failure_.isEmpty();
     if (ready_) {
         recalculatePlan();
         alignDirections();
@@ -132,6 +142,11 @@ QString RigStartup::where(bool forWindow) const {
                                    .arg(section, file)
                              : QStringLiteral("no WiFi address is set (\"IP\" in [%1] of %2)")
                                    .arg(section, file);
+        if (silent_)
+            return forWindow ? tr("Die Steuerung unter %1 („IP“ in [%2] von %3)")
+                                   .arg(address, section, file)
+                             : QStringLiteral("the board at %1 (\"IP\" in [%2] of %3)")
+                                   .arg(address, section, file);
         return forWindow ? tr("Keine Steuerung unter %1 gefunden („IP“ in [%2] von %3)")
                                .arg(address, section, file)
                          : QStringLiteral("no rig found at %1 (\"IP\" in [%2] of %3)")
@@ -139,6 +154,11 @@ QString RigStartup::where(bool forWindow) const {
     }
     const QString port = panel_.panel()->ComPort->text();
     const QString device = deviceOf(*panel_.MSComm1());
+    if (silent_)
+        return forWindow ? tr("Die Steuerung an %1 (Anschluss „%2“ in [%3] von %4)")
+                               .arg(device, port, section, file)
+                         : QStringLiteral("the board on %1 (port \"%2\" in [%3] of %4)")
+                               .arg(device, port, section, file);
     return forWindow ? tr("Keine Steuerung an %1 gefunden (Anschluss „%2“ in [%3] von %4)")
                            .arg(device, port, section, file)
                      : QStringLiteral("no rig found on %1 (port \"%2\" in [%3] of %4)")
@@ -146,6 +166,19 @@ QString RigStartup::where(bool forWindow) const {
 }
 
 QString RigStartup::why(bool forWindow) const {
+    if (silent_) {
+        const quint64 sent = panel_.commandsSent() - sentBefore_;
+        const quint64 unanswered = panel_.commandsUnanswered() - unansweredBefore_;
+        return forWindow ? tr("die Steuerung antwortet auf die Kennung, bestätigt aber ihre "
+                              "Befehle nicht (%1 von %2 ohne Antwort)")
+                               .arg(unanswered)
+                               .arg(sent)
+                         : QStringLiteral(
+                               "the board answers its identification but does not "
+                               "acknowledge its commands (%1 of %2 unanswered)")
+                               .arg(unanswered)
+                               .arg(sent);
+    }
     if (timedOut_)
         return forWindow ? tr("keine Antwort innerhalb von %1 s").arg(deadline_)
                          : QStringLiteral("no answer within %1 s").arg(deadline_);
@@ -175,6 +208,12 @@ QString RigStartup::summary(bool forWindow) const {
 }
 
 QString RigStartup::advice(bool forWindow) const {
+    if (silent_)
+        return forWindow ? tr("Bitte prüfen: die Baudrate („baud“ in der Einstellungsdatei), "
+                              "die Firmware der Steuerung und das Kabel.")
+                         : QStringLiteral(
+                               "Check the baud rate (\"baud\" in the settings file), "
+                               "the board's firmware and the cable.");
     if (board_ == Options::Board::Wifi)
         return forWindow ? tr("Bitte prüfen: Stromversorgung und WiFi der Steuerung, "
                               "die Adresse in der Einstellungsdatei, --board und --ini.")

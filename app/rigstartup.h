@@ -18,8 +18,10 @@ public:
 
     // Runs the start-up. With deadlineSeconds > 0 the panel's waits are ended (as its
     // Terminate does) once the start-up has taken that long, so that a run nobody watches
-    // ends in time even on a WiFi start-up, whose waits add up to a minute and a half.
-    // Returns whether the rig came into service.
+    // ends in time even on a WiFi start-up, whose waits add up to a minute and a half; such a
+    // run also ends as soon as the board stops acknowledging its commands. Returns whether
+    // the rig came into service: a board that hears its commands but acknowledges none is
+    // not, though the panel's own start-up goes through all its waits and calls it ready.
     bool run(double deadlineSeconds = 0);
 
     // Why the rig is not in service: where the board was looked for and what happened (empty
@@ -42,6 +44,9 @@ private:
     Options::Board board_;
     bool ready_ = false;
     bool timedOut_ = false;
+    bool silent_ = false;  // the board stopped acknowledging its commands
+    quint64 sentBefore_ = 0;
+    quint64 unansweredBefore_ = 0;
     QString failure_;  // what the start-up threw, if it did
     double deadline_ = 0;
 };

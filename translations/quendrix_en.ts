@@ -413,6 +413,22 @@ Output:
 <context>
     <name>RigStartup</name>
     <message>
+        <source>Die Steuerung unter %1 („IP“ in [%2] von %3)</source>
+        <translation>The board at %1 (“IP” in [%2] of %3)</translation>
+    </message>
+    <message>
+        <source>Die Steuerung an %1 (Anschluss „%2“ in [%3] von %4)</source>
+        <translation>The board on %1 (port “%2” in [%3] of %4)</translation>
+    </message>
+    <message>
+        <source>die Steuerung antwortet auf die Kennung, bestätigt aber ihre Befehle nicht (%1 von %2 ohne Antwort)</source>
+        <translation>the board answers its identification but does not acknowledge its commands (%1 of %2 unanswered)</translation>
+    </message>
+    <message>
+        <source>Bitte prüfen: die Baudrate („baud“ in der Einstellungsdatei), die Firmware der Steuerung und das Kabel.</source>
+        <translation>Please check the baud rate (“baud” in the settings file), the board’s firmware and the cable.</translation>
+    </message>
+    <message>
         <source>dieses Gerät gibt es nicht</source>
         <translation>there is no such device</translation>
     </message>
@@ -750,6 +766,14 @@ The stack is not started.</translation>
 </context>
 <context>
     <name>main</name>
+    <message>
+        <source>Die Steuerung bestätigt ihre Befehle wieder.</source>
+        <translation>The board acknowledges its commands again.</translation>
+    </message>
+    <message>
+        <source>Die Steuerung bestätigt ihre Befehle nicht; jeder Befehl wartet vergeblich auf Antwort.</source>
+        <translation>The board does not acknowledge its commands; each command waits for an answer in vain.</translation>
+    </message>
     <message>
         <source>Simulierte Steuerung: sie arbeitet mit einer Kopie von %1 (%2); die Datei selbst bleibt unverändert.</source>
         <translation>Simulated rig: it works on a copy of %1 (%2); the file itself stays as it is.</translation>

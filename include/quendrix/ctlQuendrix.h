@@ -81,6 +81,10 @@ signals:
     // default), or a value could not be stored as given (the file was left as it was). The
     // message names the file, the section and the key; it also goes to Qt's warning output.
     void settingProblem(QString message);
+    // The board stopped acknowledging its commands (several in a row went unanswered within
+    // their waits: it hears but does not answer), or answers again. The panel goes on as
+    // documented, each command costing its full waits; the host decides what to tell.
+    void acknowledgingChanged(bool acknowledging);
 
 public:
     // Builds the panel with every control; the link stays closed until the host starts it.
@@ -207,6 +211,12 @@ public:
     // The host's release: a run that waits for the host (a stack waiting for its picture to be
     // taken) goes on once the host calls SetOK(true); the host resets it with SetOK(false).
     Q_INVOKABLE void SetOK(bool Wert);
+    // Whether the board acknowledges its commands (see acknowledgingChanged).
+    bool acknowledging() const;
+    // How many commands went out through Output since the panel was made.
+    quint64 commandsSent() const;
+    // How many of them the board left unanswered within their waits.
+    quint64 commandsUnanswered() const;
 
     // Axis motion.
     // Raises axis 0 by the amount in the raise box, unless it is raised already.

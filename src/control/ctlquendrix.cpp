@@ -166,6 +166,8 @@ ctlQuendrix::ctlQuendrix(QWidget* parent)
     connect(parts_->stacking_.get(), &Stacking::Mittelwert, this, &ctlQuendrix::Mittelwert);
     connect(parts_->stacking_.get(), &Stacking::Kombinieren, this, &ctlQuendrix::Kombinieren);
     connect(parts_->startup_.get(), &Startup::Bereitschaft, this, &ctlQuendrix::Bereitschaft);
+    connect(parts_->link_.get(), &Link::acknowledgingChanged, this,
+            &ctlQuendrix::acknowledgingChanged);
     auto* plot = static_cast<CalibrationPlot*>(panel_->Kalibrierkurve);
     connect(parts_->calibration_.get(), &Calibration::tableChanged, plot,
             quietSlot([this, plot] { plot->setTable(Matrix); }));
@@ -474,6 +476,18 @@ void ctlQuendrix::Auswerten(const QString& ComInNeu, bool wifi) {
 
 void ctlQuendrix::SetOK(bool Wert) {
     parts_->link_->SetOK(Wert);
+}
+
+bool ctlQuendrix::acknowledging() const {
+    return parts_->link_->acknowledging();
+}
+
+quint64 ctlQuendrix::commandsSent() const {
+    return parts_->link_->commandsSent();
+}
+
+quint64 ctlQuendrix::commandsUnanswered() const {
+    return parts_->link_->commandsUnanswered();
 }
 
 // ---- Axis motion and lighting --------------------------------------------------------------

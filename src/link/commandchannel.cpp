@@ -62,7 +62,21 @@ void Link::Output(const QString& Befehl) {
         Auswerten(QString(), false);
         waiter_.doEvents();
     }
-    waiter_.waitFor([this] { return bQuittiert_; }, kAcknowledgeSeconds);
+    const Waiter::Result waited =
+        waiter_.waitFor([this] { return bQuittiert_; }, kAcknowledgeSeconds);
+    if (waited != Waiter::Result::Cancelled) countAnswer(bQuittiert_);
+}
+
+void Link::countAnswer(bool answered) {
+    const bool before = acknowledging();
+    ++commandsSent_;
+    if (answered) {
+        unansweredInARow_ = 0;
+    } else {
+        ++commandsUnanswered_;
+        unansweredInARow_ = std::min(unansweredInARow_ + 1, kSilentAfter);
+    }
+    if (acknowledging() != before) emit acknowledgingChanged(acknowledging());
 }
 
 // A command that could not be sent is reported as if the board had said so. The text has no

@@ -78,6 +78,16 @@ public:
     // acknowledgement, as on a link just opened.
     void forgetReceived();
 
+    // Whether the board acknowledges its commands: false once kSilentAfter commands in a row
+    // went unanswered within their wait, true again with the next one answered. A board that
+    // hears but does not answer costs every command its full waits and otherwise goes
+    // unnoticed; this lets the host see it.
+    static constexpr int kSilentAfter = 3;
+    bool acknowledging() const { return unansweredInARow_ < kSilentAfter; }
+    // Commands sent through Output, and how many of them went unanswered.
+    quint64 commandsSent() const { return commandsSent_; }
+    quint64 commandsUnanswered() const { return commandsUnanswered_; }
+
 signals:
     // An axis reported a new position; the optical model follows the bellows and distance.
     void positionReported(int axis);
@@ -85,6 +95,8 @@ signals:
     void lensShown();
     // An axis reported the end of a move ("|F").
     void moveFinished(int axis);
+    // The board stopped acknowledging its commands, or answers again (see acknowledging()).
+    void acknowledgingChanged(bool acknowledging);
 
 private:
     void serialReceived();
@@ -92,6 +104,7 @@ private:
     // Takes the complete lines out of sEmpfang and hands them on.
     void takeLines(bool viaSocket);
     void failed(const QString& text);
+    void countAnswer(bool answered);
 
     // Parts of Auswerten.
     void evaluateStatusLine(const QString& line, QChar first);
@@ -118,6 +131,9 @@ private:
     Panel& panel_;
     Waiter& waiter_;
     std::array<quint64, 2> finishedMoves_ = {0, 0};
+    quint64 commandsSent_ = 0;
+    quint64 commandsUnanswered_ = 0;
+    int unansweredInARow_ = 0;
 };
 
 }  // namespace quendrix

@@ -226,6 +226,31 @@ private slots:
             QVERIFY2(serial.output.contains(said), qPrintable(serial.output));
         QCOMPARE(contents(ini), tuned);
 
+        // A board that identifies itself and then acknowledges nothing: the panel's start-up
+        // would wait out every command and call it ready; the application says why it is not.
+        QProcess deaf;
+        deaf.setProgram(QCoreApplication::applicationDirPath() + "/../sim/quendrix-sim");
+        deaf.setArguments({"--drop-acks", "1"});
+        deaf.start();
+        QVERIFY(deaf.waitForReadyRead(10000));
+        const QString banner = QString::fromLatin1(deaf.readLine()).trimmed();
+        QVERIFY2(banner.startsWith("serial: "), qPrintable(banner));
+        QVERIFY(profile::writeString(ini, "Stativ", "port", banner.mid(8)));
+        const QByteArray named = contents(ini);
+        const Run unacknowledged = snapshot({"--board", "serial", "--ini", ini});
+        deaf.terminate();
+        deaf.waitForFinished(5000);
+        QCOMPARE(unacknowledged.exitCode, 1);
+        for (const QString& said : {QString("the board does not acknowledge its commands"),
+                                    QString("answers its identification but does not "
+                                            "acknowledge its commands (3 of "),
+                                    QString("the serial rig is not ready")})
+            QVERIFY2(unacknowledged.output.contains(said), qPrintable(unacknowledged.output));
+        QVERIFY2(!unacknowledged.output.contains("shut down"), qPrintable(unacknowledged.output));
+        const QByteArray after = contents(ini);  // the start-up may add defaults, never change
+        for (const QByteArray& line : named.split('\n'))
+            QVERIFY2(after.contains(line), after.constData());
+
         QTcpServer quiet;  // accepts the connection, never answers
         QVERIFY(quiet.listen(QHostAddress::LocalHost));
         const QString address = QString("127.0.0.1:%1").arg(quiet.serverPort());

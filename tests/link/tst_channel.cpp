@@ -133,6 +133,28 @@ private slots:
         QVERIFY(received[1].time - received[0].time < 0.2);
         QVERIFY(received[2].time - received[1].time >= 4 &&
                 received[2].time - received[1].time < 4.3);
+        QVERIFY(control_->acknowledging());  // one lost acknowledgement is no silent board
+        QCOMPARE(control_->commandsUnanswered(), 1u);
+    }
+
+    // A board that hears and answers queries but acknowledges no command: told after three
+    // commands in a row, and told again when it answers.
+    void aBoardThatStopsAcknowledgingIsReported() {
+        sim::Options options;
+        options.faults.dropAckProbability = 1;
+        QVERIFY(connect(false, options));
+        QSignalSpy changes(control_, &ctlQuendrix::acknowledgingChanged);
+        for (const char* command : {"w800#", "w801#", "w802#"})
+            control_->Output(QString::fromLatin1(command));
+        QCOMPARE(rig_->board->received().size(), 3);  // each one was heard
+        QCOMPARE(changes.size(), 1);
+        QCOMPARE(changes[0][0].toBool(), false);
+        QVERIFY(!control_->acknowledging());
+        control_->Output(QStringLiteral("?0#\r\n"));  // a query's answer is no acknowledgement line
+        QCOMPARE(changes.size(), 2);
+        QCOMPARE(changes[1][0].toBool(), true);
+        QCOMPARE(control_->commandsSent(), 4u);
+        QCOMPARE(control_->commandsUnanswered(), 3u);
     }
 
     void aCutStreamWithStrayBytesGivesTheSameState_data() { aMoveIsFollowedToItsEnd_data(); }

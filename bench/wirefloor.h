@@ -63,16 +63,12 @@ public:
         exchange.complete = false;
         return exchange;
     }
-    // A command of the component: done with its acknowledgement.
+    // A command of the component: done with its acknowledgement, and a move (whose start the
+    // board reports with "|B") with its end as well.
     WireExchange command(const QByteArray& bytes) {
         return send(bytes, [letter = bytes.at(0)](const QByteArray& received) {
-            return answered(received, letter);
-        });
-    }
-    // A move: done with its acknowledgement and the move's end.
-    WireExchange move(const QByteArray& bytes) {
-        return send(bytes, [letter = bytes.at(0)](const QByteArray& received) {
-            return answered(received, letter) && moveFinished(received);
+            return answered(received, letter) &&
+                   (!received.contains("|B") || moveFinished(received));
         });
     }
 
@@ -81,7 +77,7 @@ private:
     double now_ = 0;
 };
 
-// The commands one after the other, each done with its acknowledgement.
+// The commands one after the other, each done as WireReplay::command says.
 inline WireExchange wireFloor(const quendrix::sim::Options& options,
                               const QList<QByteArray>& writes) {
     WireReplay replay(options);

@@ -91,26 +91,31 @@ void BoardFinder::ask() {
 
 // The answer comes line by line; a stray lead byte or noise before it does not matter, as
 // only whole lines are looked at.
+std::optional<QString> BoardFinder::readAnswer(QByteArray& received, QString* other) {
+    qsizetype end;
+    while ((end = received.indexOf("\r\n")) >= 0) {
+        const QString line = QString::fromLatin1(received.left(end)).trimmed();
+        received.remove(0, end + 2);
+        if (identifies(line)) return line;
+        if (other && line.contains(u"Arduino")) *other = line;
+    }
+    // A port that chatters without line ends must not fill the memory.
+    if (received.size() > kLongestLine) received.clear();
+    return std::nullopt;
+}
+
 void BoardFinder::take(Probe& probe) {
     probe.received += probe.port->readAll();
-    qsizetype end;
-    while ((end = probe.received.indexOf("\r\n")) >= 0) {
-        const QString line = QString::fromLatin1(probe.received.left(end)).trimmed();
-        probe.received.remove(0, end + 2);
-        if (identifies(line)) {
-            // Not from inside the port's own notification: finishing closes it.
-            Probe* match = &probe;
-            QTimer::singleShot(0, this, [this, match, line, search = search_] {
-                if (search == search_) finish(match, line);
-            });
-            probe.outcome = line;
-            return;
-        }
-        if (line.contains(u"Arduino")) probe.outcome = tr("antwortet „%1“").arg(line);
-    }
-    // Nothing that leads to a line end is kept for long: a port that chatters without one
-    // must not fill the memory.
-    if (probe.received.size() > 4096) probe.received.clear();
+    QString other;
+    const std::optional<QString> line = readAnswer(probe.received, &other);
+    if (!other.isEmpty()) probe.outcome = tr("antwortet „%1“").arg(other);
+    if (!line) return;
+    probe.outcome = *line;
+    // Not from inside the port's own notification: finishing closes it.
+    Probe* match = &probe;
+    QTimer::singleShot(0, this, [this, match, found = *line, search = search_] {
+        if (search == search_) finish(match, found);
+    });
 }
 
 void BoardFinder::finish(const Probe* match, const QString& identification) {

@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <QTimer>
 #include <memory>
+#include <optional>
 #include <vector>
 
 // Looks for the board on the serial ports present, as the panel identifies it when it starts
@@ -36,6 +37,11 @@ public:
                                   const QString& skip = {});
     // Whether an answer is a known rig's identification.
     static bool identifies(const QString& line);
+    // Takes the whole lines out of what a port brought: the first that identifies a known rig
+    // is returned; an Arduino that is no rig goes to `other`. What never ends its line is not
+    // kept beyond kLongestLine bytes.
+    static std::optional<QString> readAnswer(QByteArray& received, QString* other);
+    static constexpr qsizetype kLongestLine = 4096;
 
     // Starts a search on `devices` at `baud`; found() or notFound() follows.
     void start(const QStringList& devices, qint32 baud);

@@ -1,7 +1,10 @@
 #include "hostwindow.h"
 
+#include "boardfinder.h"
+#include "connectionwatcher.h"
 #include "fusion/fusion.h"
 #include "fusion/preview.h"
+#include "linkbar.h"
 #include "session/capturesession.h"
 #include "session/picturefolder.h"
 #include "shortcuts.h"
@@ -22,10 +25,12 @@
 #include <QListWidget>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QSerialPort>
 #include <QSettings>
 #include <QSpinBox>
 #include <QStatusBar>
 #include <QTime>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace {
@@ -42,6 +47,9 @@ HostWindow::HostWindow()
       stack_(new StackControl(*panel_, *session_, this)),
       stackBox_(new StackBox(*panel_, *stack_)),
       shortcuts_(new Shortcuts(*this, *panel_, *stack_)),
+      connection_(new ConnectionWatcher(*panel_, this)),
+      finder_(new BoardFinder(this)),
+      linkBar_(new LinkBar),
       pictures_(new QListWidget),
       picture_(new QLabel),
       fusionProgress_(new QProgressBar),
@@ -50,10 +58,13 @@ HostWindow::HostWindow()
     panel_->setObjectName(QStringLiteral("Quendrix"));
     // The panel keeps its own size at the left; the rest of the window is for the pictures.
     auto* central = new QWidget;
-    auto* row = new QHBoxLayout(central);
-    row->setContentsMargins(0, 0, 0, 0);
+    auto* column = new QVBoxLayout(central);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(linkBar_);
+    auto* row = new QHBoxLayout;
     row->addWidget(panel_, 0, Qt::AlignLeft | Qt::AlignTop);
     row->addWidget(buildSide(), 1);
+    column->addLayout(row, 1);
     setCentralWidget(central);
     // The window shows a run's progress beside its stop and pause, with a time estimate that
     // knows the camera and the approach; the panel's own progress line is kept out of sight.
@@ -119,9 +130,87 @@ HostWindow::HostWindow()
         ready_ = ready_ || ready;
         statusBar()->showMessage(ready ? tr("Bereit") : tr("Steuerung nicht bereit"));
     });
+    connect(connection_, &ConnectionWatcher::lost, this, &HostWindow::linkLost);
+    connect(connection_, &ConnectionWatcher::restored, this, [this] {
+        linkBar_->hide();
+        stack_->setLinkLost(false);
+        note(tr("Verbindung zur Steuerung wiederhergestellt (%1).").arg(connection_->where()));
+    });
+    connect(connection_, &ConnectionWatcher::failed, this,
+            [this](const QString& why, const QString& advice) {
+                report(why);
+                offerReconnect(why, advice);
+            });
+    connect(linkBar_, &LinkBar::reconnectClicked, this, &HostWindow::reconnect);
+    connect(linkBar_, &LinkBar::searchClicked, this, &HostWindow::searchBoard);
+    connect(finder_, &BoardFinder::found, this, &HostWindow::boardFound);
+    connect(finder_, &BoardFinder::notFound, this, [this](const QStringList& tried) {
+        const QString why =
+            tried.isEmpty() ? tr("Keine Steuerung gefunden: es gibt keinen seriellen Anschluss.")
+                            : tr("Keine Steuerung gefunden. Gefragt: %1.")
+                                  .arg(tried.join(QStringLiteral("; ")));
+        report(why);
+        offerReconnect(why, tr("Bitte prüfen: Kabel und Stromversorgung der Steuerung."));
+    });
 }
 
-HostWindow::~HostWindow() = default;
+// The panel goes first among the window's parts; what its going does to the link is no loss.
+HostWindow::~HostWindow() {
+    connection_->stopWatching();
+    finder_->cancel();
+}
+
+void HostWindow::setBoard(Options::Board board) {
+    connection_->setBoard(board);
+    linkBar_->offerSearch(!connection_->wifi());
+}
+
+void HostWindow::offerReconnect(const QString& why, const QString& advice) {
+    linkBar_->showProblem(why, advice);
+}
+
+// The run in progress ends where it is; its pictures stay in its folder.
+void HostWindow::linkLost(const QString& what) {
+    stack_->stopForLostLink();
+    report(what);
+    linkBar_->showProblem(what, tr("Die Bilder bis hierher bleiben im Ordner des Laufs. Nach dem "
+                                   "Neuverbinden steht die Steuerung, wo sie zuletzt gemeldet "
+                                   "wurde."));
+}
+
+void HostWindow::reconnect() {
+    if (connection_->starting() || finder_->running()) return;
+    linkBar_->showBusy(tr("Die Steuerung wird neu verbunden (%1) …").arg(connection_->where()));
+    statusBar()->showMessage(tr("Steuerung wird gesucht …"));
+    // After the click has returned: the start-up waits for the board with events running.
+    QTimer::singleShot(0, this, [this] { connection_->reconnect(); });
+}
+
+// Every serial port is asked, and those the application's settings name ("boardSearch/ports",
+// e.g. a pseudo-terminal of a simulated board); "boardSearch/systemPorts" false asks only
+// those.
+void HostWindow::searchBoard() {
+    if (connection_->starting() || finder_->running()) return;
+    const QSettings stored;
+    const QStringList named = stored.value(QStringLiteral("boardSearch/ports")).toStringList();
+    const bool systemPorts = stored.value(QStringLiteral("boardSearch/systemPorts"), true).toBool();
+    const QSerialPort& port = *panel_->MSComm1();
+    const QString held = port.isOpen() ? serialDevice(port) : QString();
+    const QString section = panel_->MotorName();
+    const qint32 baud =
+        panel_->ini(section, QStringLiteral("baud"), QStringLiteral("115200")).trimmed().toInt();
+    linkBar_->showBusy(tr("Die Steuerung wird an allen seriellen Anschlüssen gesucht …"));
+    finder_->start(BoardFinder::candidates(named, systemPorts, held), baud > 0 ? baud : 115200);
+}
+
+// The port goes into the rig's settings, where the start-up reads it, and the start-up runs.
+void HostWindow::boardFound(const QString& device, const QString& identification) {
+    const QString section = panel_->MotorName();
+    panel_->setini(section, QStringLiteral("port"), device);
+    note(tr("Steuerung „%1“ an %2 gefunden; als „port“ in [%3] von %4 eingetragen.")
+             .arg(identification, device, section, native(panel_->inifile())));
+    reconnect();
+}
 
 void HostWindow::setPlatform(quendrix::Platform& platform) {
     stack_->setPlatform(platform);
@@ -267,6 +356,12 @@ void HostWindow::closeEvent(QCloseEvent* event) {
     // A rig that never came into service has not read its settings: writing the panel's
     // defaults back would overwrite them.
     stack_->stopForClosing();
+    finder_->cancel();
+    connection_->stopWatching();
+    // Without a link (or while one is being made) nothing waits for the board: the panel's
+    // stop commands would each wait out their acknowledgement in vain. The state is saved as
+    // the panel last knew it.
+    if (connection_->isLost() || connection_->starting()) panel_->Terminate();
     if (ready_ && !shutDown_) {
         shutDown_ = true;
         statusBar()->showMessage(tr("Steuerung wird abgeschaltet …"));

@@ -1,14 +1,18 @@
 #pragma once
 
 #include "camerachoice.h"
+#include "options.h"
 
 #include <QImage>
 #include <QMainWindow>
 #include <functional>
 
+class BoardFinder;
 class CaptureSession;
+class ConnectionWatcher;
 class Fusion;
 class FusionPreview;
+class LinkBar;
 class Shortcuts;
 class StackBox;
 class StackControl;
@@ -39,12 +43,19 @@ public:
     CaptureSession& session() const { return *session_; }
     Fusion& fusion() const { return *fusion_; }
     StackControl& stackControl() const { return *stack_; }
+    ConnectionWatcher& connection() const { return *connection_; }
+    LinkBar& linkBar() const { return *linkBar_; }
     // The panel's surroundings (dialogs, clock, keys): Qt's unless set.
     void setPlatform(quendrix::Platform& platform);
     // The camera to start with; focus tells the simulated camera where the rail stands, and
     // picturesRoot (empty: the default) is where each run gets its folder.
     void setCamera(const CameraChoice& choice, std::function<double()> focus,
                    const QString& picturesRoot);
+    // How the rig is started again after its link broke: serial (also the simulated rig) or
+    // WiFi; only a serial board is searched for.
+    void setBoard(Options::Board board);
+    // The rig is not in service: the bar across the window says why and offers to try again.
+    void offerReconnect(const QString& why, const QString& advice);
     // True once the rig was brought into service; only then does closing save its state.
     bool rigReady() const { return ready_; }
     // What the application made of the start-up: a rig it does not call ready (its board
@@ -67,6 +78,10 @@ private:
     void applyCamera();
     void combine(const QStringList& pictures, const QString& output);
     void showPicture(const QImage& picture);
+    void linkLost(const QString& what);
+    void reconnect();
+    void searchBoard();
+    void boardFound(const QString& device, const QString& identification);
 
     ctlQuendrix* panel_;
     CaptureSession* session_;
@@ -75,6 +90,9 @@ private:
     StackControl* stack_;
     StackBox* stackBox_;
     Shortcuts* shortcuts_;
+    ConnectionWatcher* connection_;
+    BoardFinder* finder_;
+    LinkBar* linkBar_;
     QListWidget* pictures_;
     QLabel* picture_;
     QProgressBar* fusionProgress_;

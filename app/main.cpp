@@ -213,6 +213,7 @@ int main(int argc, char* argv[]) {
         window->resize(1100, 860);
         window->show();
     }
+    if (window) window->setBoard(options.board);
     RigStartup startup(panel, options.board);
     bool ready = false;
     std::unique_ptr<UnattendedStack> run;
@@ -239,6 +240,7 @@ int main(int argc, char* argv[]) {
             report(QStringLiteral("the %1 rig is not ready: %2 %3")
                        .arg(options.boardName(), startup.summary(false), startup.advice(false)),
                    startup.summary(true));
+            if (window) window->offerReconnect(startup.summary(true), startup.advice(true));
             if (!options.unattended())
                 panel.platform().messageBox(
                     startup.summary(true) + QStringLiteral("\n\n") + startup.advice(true),

@@ -114,6 +114,11 @@ bool StackControl::eventFilter(QObject* watched, QEvent* event) {
             tr("Es läuft schon ein Stapel oder eine Serie: anhalten mit »Stopp« oder Esc."));
         return true;
     }
+    if (linkLost_) {
+        button->setDown(false);
+        emit notice(tr("Keine Verbindung zur Steuerung: erst neu verbinden."));
+        return true;
+    }
     if (watched != p.AutoKomb) return false;
     // The window clicks the button itself: after a question the button may have lost its
     // pressed state, and the release would then click nothing.
@@ -308,18 +313,18 @@ void StackControl::stopFor(Ending why, const QString& detail) {
     if (stoppedInApproach_) {
         // The approach stops where it is; the panel's start then runs through without waiting,
         // and once it returned its run is ended (approachReturned).
-        if (why != Ending::Closed) send(QStringLiteral("s#"));
+        if (tellsBoard()) send(QStringLiteral("s#"));
         return;
     }
     session_.stop();
-    if (stack_ && why != Ending::Closed) send(QStringLiteral("s#"));
+    if (stack_ && tellsBoard()) send(QStringLiteral("s#"));
     if (!session_.insideTick()) finish();
 }
 
 void StackControl::finish() {
     if (phase_ != Phase::Stopping) return;
     escapeHeld_ = false;
-    if (stack_ && ending_ != Ending::Closed) {
+    if (stack_ && tellsBoard()) {
         // As after a finished stack: axis 0 at rest, at normal speed, the board told.
         quendrix::Panel& p = *panel_.panel();
         if (stoppedInApproach_) send(QStringLiteral("s#"));
@@ -366,6 +371,9 @@ QString StackControl::endingLine() const {
             break;
         case Ending::Closed:
             why = tr("Fenster geschlossen");
+            break;
+        case Ending::LinkLost:
+            why = tr("Verbindung verloren");
             break;
     }
     return (stack_ ? tr("Stapel abgebrochen (%1): %2")

@@ -21,14 +21,15 @@ class ctlQuendrix;
 // - stops a run reliably in every phase (the approach to the start, the pause before a picture,
 //   the capture, the plane step, the wait for the release): with the stop button, Escape, the
 //   right button on the stack button (which the panel itself heeds only once the approach is
-//   over), and when the rig reports a limit switch;
+//   over), when the rig reports a limit switch, and when the link to the board breaks (a run
+//   without a board would take its pictures all in one place);
 // - pauses a run by holding the release after the current plane, for as long as wanted;
 // - says how each run ended and estimates the time a stack has left.
 class StackControl : public QObject {
     Q_OBJECT
 public:
     enum class Phase { Idle, Approach, Running, Stopping };
-    enum class Ending { Complete, Photographer, Failure, LimitSwitch, Closed };
+    enum class Ending { Complete, Photographer, Failure, LimitSwitch, Closed, LinkLost };
 
     StackControl(ctlQuendrix& panel, CaptureSession& session, QObject* parent = nullptr);
     ~StackControl() override;
@@ -51,6 +52,13 @@ public:
     void stop() { stopFor(Ending::Photographer); }
     // The window closes: the run ends where it is.
     void stopForClosing() { stopFor(Ending::Closed); }
+    // The link to the board broke: the run ends where it is, with nothing more sent, and no run
+    // starts until the link is back (setLinkLost(false)).
+    void stopForLostLink() {
+        linkLost_ = true;
+        stopFor(Ending::LinkLost);
+    }
+    void setLinkLost(bool lost) { linkLost_ = lost; }
     // Holds the release after the current plane; resume lets it go.
     void pause();
     void resume();
@@ -88,6 +96,9 @@ private:
     void keepCameraSeconds();
     QString endingLine() const;
     double now() const { return clock_.nsecsElapsed() / 1e9; }
+    // Whether the end of the run is told to the board: not when the window closes (the
+    // shutdown stops the rig) nor when there is no board to tell.
+    bool tellsBoard() const { return ending_ != Ending::Closed && ending_ != Ending::LinkLost; }
     void send(const QString& command);
 
     ctlQuendrix& panel_;
@@ -98,6 +109,7 @@ private:
     bool stack_ = true;
     bool escapeHeld_ = false;
     bool stoppedInApproach_ = false;
+    bool linkLost_ = false;
     Ending ending_ = Ending::Complete;
     QString detail_;
     int taken_ = 0;

@@ -21,6 +21,21 @@
     </message>
 </context>
 <context>
+    <name>BoardFinder</name>
+    <message>
+        <source>lässt sich nicht öffnen (%1)</source>
+        <translation>cannot be opened (%1)</translation>
+    </message>
+    <message>
+        <source>antwortet „%1“</source>
+        <translation>answers “%1”</translation>
+    </message>
+    <message>
+        <source>keine Antwort</source>
+        <translation>no answer</translation>
+    </message>
+</context>
+<context>
     <name>CaptureSession</name>
     <message>
         <source>Mittelwert nicht berechnet: </source>
@@ -142,6 +157,17 @@ Ausgabe:
         <translation>
 Output:
 %1</translation>
+    </message>
+</context>
+<context>
+    <name>ConnectionWatcher</name>
+    <message>
+        <source>Keine Verbindung zur Steuerung an %1: %2</source>
+        <translation>No connection to the rig controller on %1: %2</translation>
+    </message>
+    <message>
+        <source>Keine WiFi Verbindung zur Steuerung unter %1: die Verbindung wurde getrennt</source>
+        <translation>No WiFi connection to the rig controller at %1: the connection was closed</translation>
     </message>
 </context>
 <context>
@@ -397,6 +423,57 @@ Output:
     <message>
         <source>Steuerung wird abgeschaltet …</source>
         <translation>Shutting the rig down …</translation>
+    </message>
+    <message>
+        <source>Verbindung zur Steuerung wiederhergestellt (%1).</source>
+        <translation>Connection to the rig controller restored (%1).</translation>
+    </message>
+    <message>
+        <source>Keine Steuerung gefunden: es gibt keinen seriellen Anschluss.</source>
+        <translation>No rig controller found: there is no serial port.</translation>
+    </message>
+    <message>
+        <source>Keine Steuerung gefunden. Gefragt: %1.</source>
+        <translation>No rig controller found. Asked: %1.</translation>
+    </message>
+    <message>
+        <source>Bitte prüfen: Kabel und Stromversorgung der Steuerung.</source>
+        <translation>Please check the controller's cable and power supply.</translation>
+    </message>
+    <message>
+        <source>Die Bilder bis hierher bleiben im Ordner des Laufs. Nach dem Neuverbinden steht die Steuerung, wo sie zuletzt gemeldet wurde.</source>
+        <translation>The pictures taken so far stay in the run's folder. Once reconnected, the rig stands where it last reported.</translation>
+    </message>
+    <message>
+        <source>Die Steuerung wird neu verbunden (%1) …</source>
+        <translation>Reconnecting to the rig controller (%1) …</translation>
+    </message>
+    <message>
+        <source>Die Steuerung wird an allen seriellen Anschlüssen gesucht …</source>
+        <translation>Looking for the rig controller on every serial port …</translation>
+    </message>
+    <message>
+        <source>Steuerung „%1“ an %2 gefunden; als „port“ in [%3] von %4 eingetragen.</source>
+        <translation>Rig controller “%1” found on %2; entered as “port” in [%3] of %4.</translation>
+    </message>
+</context>
+<context>
+    <name>LinkBar</name>
+    <message>
+        <source>Neu verbinden</source>
+        <translation>Reconnect</translation>
+    </message>
+    <message>
+        <source>Steuerung suchen</source>
+        <translation>Find controller</translation>
+    </message>
+    <message>
+        <source>Die Steuerung noch einmal starten, am eingetragenen Anschluss</source>
+        <translation>Start the rig controller again, on the port in the settings</translation>
+    </message>
+    <message>
+        <source>Die Steuerung an allen seriellen Anschlüssen suchen und den gefundenen eintragen</source>
+        <translation>Look for the rig controller on every serial port and enter the one found</translation>
     </message>
 </context>
 <context>
@@ -731,6 +808,14 @@ The stack is not started.</translation>
     <message>
         <source>%1 nicht gesendet: %2</source>
         <translation>%1 not sent: %2</translation>
+    </message>
+    <message>
+        <source>Keine Verbindung zur Steuerung: erst neu verbinden.</source>
+        <translation>No connection to the rig controller: reconnect first.</translation>
+    </message>
+    <message>
+        <source>Verbindung verloren</source>
+        <translation>connection lost</translation>
     </message>
 </context>
 <context>

@@ -132,6 +132,7 @@ HostWindow::HostWindow()
     });
     connect(connection_, &ConnectionWatcher::lost, this, &HostWindow::linkLost);
     connect(connection_, &ConnectionWatcher::restored, this, [this] {
+        ready_ = true;
         linkBar_->hide();
         stack_->setLinkLost(false);
         note(tr("Verbindung zur Steuerung wiederhergestellt (%1).").arg(connection_->where()));

@@ -214,6 +214,7 @@ int main(int argc, char* argv[]) {
         window->show();
     }
     if (window) window->setBoard(options.board);
+    if (window) window->setBoard(options.board);
     RigStartup startup(panel, options.board);
     bool ready = false;
     std::unique_ptr<UnattendedStack> run;
@@ -240,6 +241,7 @@ int main(int argc, char* argv[]) {
             report(QStringLiteral("the %1 rig is not ready: %2 %3")
                        .arg(options.boardName(), startup.summary(false), startup.advice(false)),
                    startup.summary(true));
+            if (window) window->offerReconnect(startup.summary(true), startup.advice(true));
             if (window) window->offerReconnect(startup.summary(true), startup.advice(true));
             if (!options.unattended())
                 panel.platform().messageBox(

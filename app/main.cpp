@@ -3,6 +3,7 @@
 // rig with a simulated camera, built in, so that everything can be tried without hardware;
 // with --board serial or wifi the real rig named in the settings. With --stack it runs one
 // stack without a window and quits.
+#include "connectionwatcher.h"
 #include "desktop/appicon.h"
 #include "hostwindow.h"
 #include "language/language.h"
@@ -218,9 +219,18 @@ int main(int argc, char* argv[]) {
     RigStartup startup(panel, options.board);
     bool ready = false;
     std::unique_ptr<UnattendedStack> run;
+    std::unique_ptr<ConnectionWatcher> watcher;
     if (unattended) {
         run = std::make_unique<UnattendedStack>(panel, *session, *options.stack, options.combine);
         if (options.simulated()) run->watch(rig);
+        // A board unplugged or a WiFi link dropped ends the run at once: the panel's waits are
+        // ended, so that neither the stack nor the shutdown waits for a board that is gone.
+        watcher = std::make_unique<ConnectionWatcher>(panel);
+        watcher->setBoard(options.board);
+        QObject::connect(watcher.get(), &ConnectionWatcher::lost, run.get(), [&] {
+            panel.Terminate();
+            run->linkLost(watcher->where());
+        });
         QObject::connect(run.get(), &UnattendedStack::finished, &app, [&](int exitCode) {
             session->setCamera(nullptr);
             if (ready) {

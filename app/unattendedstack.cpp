@@ -160,7 +160,17 @@ void UnattendedStack::start(bool ready) {
         fail(QStringLiteral("the panel did not start the stack"));
 }
 
+void UnattendedStack::linkLost(const QString& where) {
+    fail(QStringLiteral("the link to the rig on %1 was lost after %2 of %3 pictures; they stay "
+                        "in %4")
+             .arg(where)
+             .arg(taken_)
+             .arg(request_.planes + 1)
+             .arg(QDir::toNativeSeparators(session_.runFolder())));
+}
+
 void UnattendedStack::onPicture(int plane, const QString& file, qint64 position) {
+    ++taken_;
     say(stdout, QStringLiteral("picture %1/%2 at %3 steps: %4")
                     .arg(plane)
                     .arg(request_.planes + 1)

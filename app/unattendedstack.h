@@ -27,6 +27,9 @@ public:
     // Starts the stack on the rig now in service (ready: whether it came into service). A
     // stack that cannot run within its range on this rig is refused before anything moves.
     void start(bool ready);
+    // The link to the board broke (`where`: the device or address): the run ends at once, with
+    // the pictures taken so far kept in its folder, and says so.
+    void linkLost(const QString& where);
 
 signals:
     void finished(int exitCode);
@@ -50,4 +53,5 @@ private:
     Fusion* fusion_ = nullptr;
     QString lastStage_;
     bool done_ = false;
+    int taken_ = 0;
 };

@@ -276,6 +276,41 @@ private slots:
         QVERIFY(picturePositions(refused.out).isEmpty());
     }
 
+    // A board unplugged in the middle of a stack (the simulator pulls the cable after a number
+    // of commands): the run ends at once, says so, and keeps the pictures taken; the settings
+    // file still names the rig and holds its state.
+    void aLinkLostMidStackEndsTheRunKeepingItsPictures() {
+        QProcess board;
+        board.setProgram(QCoreApplication::applicationDirPath() + "/../sim/quendrix-sim");
+        board.setArguments({"--disconnect-after", "36", "--rail", "600000"});
+        board.start();
+        QVERIFY(board.waitForReadyRead(10000));
+        const QString device = QString::fromLatin1(board.readLine()).trimmed().mid(8);
+        const QString ini = settings(
+            "unplugged_L.ini", "Position=2000\r\n[Stativ]\r\nport=" + device.toUtf8() + "\r\n");
+        const QString pictures = dir_.filePath("unplugged");
+        const Run lost = runOn(ini, {"--board", "serial", "--stack", "2000:3000:8", "--camera",
+                                     "sim", "--pictures", pictures});
+        board.terminate();
+        board.waitForFinished(5000);
+        QCOMPARE(lost.exitCode, 1);
+        static const QRegularExpression said(
+            "the link to the rig on (\\S+) was lost after (\\d+) of 9 pictures; they stay in "
+            "(.*)\n");
+        const QRegularExpressionMatch match = said.match(lost.err);
+        QVERIFY2(match.hasMatch(), qPrintable(both(lost)));
+        QCOMPARE(match.captured(1), device);
+        const int taken = match.captured(2).toInt();
+        QVERIFY2(taken >= 1 && taken < 9, qPrintable(both(lost)));
+        QCOMPARE(picturePositions(lost.out).size(), taken);
+        QCOMPARE(QDir(pictures).entryList({"plane-*.tif"}).size(), taken);
+        QFile file(ini);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray kept = file.readAll();
+        QVERIFY2(kept.contains("port=" + device.toUtf8()) && kept.contains("Position="),
+                 kept.constData());
+    }
+
     // What cannot work is said before anything moves, or as soon as it is known.
     void whatCannotWorkIsNamed() {
         const Run range = run({"--stack", "2000:600000:8", "--pictures", dir_.filePath("far")});

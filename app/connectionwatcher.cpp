@@ -6,6 +6,7 @@
 #include <quendrix/ctlQuendrix.h>
 
 #include <QDir>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <QSerialPort>
 #include <QTcpSocket>
@@ -31,7 +32,12 @@ void ConnectionWatcher::serialFailed(int error) {
     if (error != QSerialPort::ResourceError && error != QSerialPort::ReadError &&
         error != QSerialPort::WriteError)
         return;
-    const QString reason = panel_.MSComm1()->errorString();
+    // A device that vanished reads as whatever system call failed first ("permission
+    // denied", "I/O error"), which would send the photographer looking in the wrong place.
+    const QString reason =
+        QFileInfo::exists(serialDevice(*panel_.MSComm1()))
+            ? panel_.MSComm1()->errorString()
+            : tr("das Gerät ist nicht mehr da (Kabel gezogen oder Steuerung ausgeschaltet?)");
     inService_ = false;
     QTimer::singleShot(0, this, [this, reason] {
         panel_.MSComm1()->close();

@@ -162,6 +162,10 @@ Output:
 <context>
     <name>ConnectionWatcher</name>
     <message>
+        <source>das Gerät ist nicht mehr da (Kabel gezogen oder Steuerung ausgeschaltet?)</source>
+        <translation>the device is gone (cable pulled or board switched off?)</translation>
+    </message>
+    <message>
         <source>Keine Verbindung zur Steuerung an %1: %2</source>
         <translation>No connection to the rig controller on %1: %2</translation>
     </message>

@@ -186,7 +186,9 @@ private slots:
                                        .arg(kept.size())),
                  qPrintable(listed().join('\n')));
         QVERIFY(window.linkBar().isVisible());
-        QVERIFY2(window.linkBar().text().contains(device), qPrintable(window.linkBar().text()));
+        QVERIFY2(window.linkBar().text().contains(device) &&
+                     window.linkBar().text().contains("nicht mehr da"),
+                 qPrintable(window.linkBar().text()));
         QVERIFY(button("NeuVerbinden")->isEnabled() && button("SteuerungSuchen")->isVisible());
         QVERIFY(!window.panel().MSComm1()->isOpen());
         window.panel().Output("s#");

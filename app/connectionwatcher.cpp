@@ -95,12 +95,3 @@ QString ConnectionWatcher::where() const {
         return panel_.ini(section, QStringLiteral("port"), QStringLiteral("6")).trimmed();
     return serialDevice(*panel_.MSComm1());
 }
-
-QString serialDevice(const QSerialPort& port) {
-    const QString name = port.portName();
-#ifdef Q_OS_UNIX
-    if (!name.isEmpty() && !name.startsWith(QLatin1Char('/')))
-        return QStringLiteral("/dev/") + name;
-#endif
-    return name;
-}

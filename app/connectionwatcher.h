@@ -1,15 +1,12 @@
 #pragma once
 
 #include "options.h"
+#include "rigstartup.h"
 
 #include <QObject>
 #include <QString>
 
-class QSerialPort;
 class ctlQuendrix;
-
-// The device a serial port opens, as the system names it (/dev/ttyUSB0, not ttyUSB0).
-QString serialDevice(const QSerialPort& port);
 
 // Keeps an eye on the link to a rig in service. A board unplugged (its serial port gone from
 // the system) or a WiFi connection dropped is noticed at once: a dead serial port is closed, so

@@ -12,15 +12,6 @@
 
 namespace {
 
-// The device the serial port names, as the system knows it.
-QString deviceOf(const QSerialPort& port) {
-    const QString name = port.portName();
-#ifdef Q_OS_UNIX
-    if (!name.startsWith(QLatin1Char('/'))) return QStringLiteral("/dev/") + name;
-#endif
-    return name;
-}
-
 // Why a serial port did not open, in the words a photographer can act on.
 QString openFailure(const QSerialPort& port, bool forWindow) {
     switch (port.error()) {
@@ -54,6 +45,15 @@ QString connectFailure(const QTcpSocket& socket, bool forWindow) {
 }
 
 }  // namespace
+
+QString serialDevice(const QSerialPort& port) {
+    const QString name = port.portName();
+#ifdef Q_OS_UNIX
+    if (!name.isEmpty() && !name.startsWith(QLatin1Char('/')))
+        return QStringLiteral("/dev/") + name;
+#endif
+    return name;
+}
 
 RigStartup::RigStartup(ctlQuendrix& panel, Options::Board board) : panel_(panel), board_(board) {
 }
@@ -153,7 +153,7 @@ QString RigStartup::where(bool forWindow) const {
                                .arg(address, section, file);
     }
     const QString port = panel_.panel()->ComPort->text();
-    const QString device = deviceOf(*panel_.MSComm1());
+    const QString device = serialDevice(*panel_.MSComm1());
     if (silent_)
         return forWindow ? tr("Die Steuerung an %1 (Anschluss „%2“ in [%3] von %4)")
                                .arg(device, port, section, file)

@@ -5,7 +5,11 @@
 #include <QCoreApplication>
 #include <QString>
 
+class QSerialPort;
 class ctlQuendrix;
+
+// The device a serial port opens, as the system names it (/dev/ttyUSB0, not ttyUSB0).
+QString serialDevice(const QSerialPort& port);
 
 // Brings the rig into service through the panel's own start-up (Comm_Starten or
 // WiFi_Starten) and, when it does not come into service, tells where the board was looked
